@@ -1,0 +1,74 @@
+#include "unitmap.h"
+
+#include "unitrows.h"
+
+#include <algorithm>
+#include <cmath>
+#include <iterator>
+
+namespace unitmap {
+
+namespace {
+
+template <std::size_t size>
+constexpr bool isGapless(const Row (&rows)[size], int firstPoint, int pointCount)
+{
+    int point = firstPoint;
+    for (const Row& row : rows) {
+        if (row.firstPoint != point || row.firstRegister != point - firstPoint || row.divisor < 1)
+            return false;
+        point += row.pointCount;
+    }
+    return point == firstPoint + pointCount;
+}
+
+static_assert(isGapless(discreteInputRows, 2000, alarmPointCount), "alarm rows leave a gap");
+static_assert(isGapless(inputRegisterRows, 4000, inputRegisterCount), "input rows leave a gap");
+static_assert(isGapless(holdingRegisterRows, 3000, holdingRegisterCount), "holding rows leave a gap");
+
+template <std::size_t size>
+const Row* findRow(const Row (&rows)[size], int pointId)
+{
+    const Row* after = std::upper_bound(std::begin(rows), std::end(rows), pointId,
+                                        [](int point, const Row& row) { return point < row.firstPoint; });
+    if (after == std::begin(rows))
+        return nullptr;
+    const Row* row = after - 1;
+    return pointId < row->firstPoint + row->pointCount ? row : nullptr;
+}
+
+} // namespace
+
+const Row* rowOfPoint(int pointId)
+{
+    if (pointId < 3000)
+        return findRow(discreteInputRows, pointId);
+    if (pointId < 4000)
+        return findRow(holdingRegisterRows, pointId);
+    return findRow(inputRegisterRows, pointId);
+}
+
+float valueOf(const Row& row, std::uint16_t raw)
+{
+    switch (row.kind) {
+    case Kind::Signed:
+        return static_cast<float>(static_cast<std::int16_t>(raw)) / static_cast<float>(row.divisor);
+    case Kind::WholeUnits:
+        return static_cast<float>(raw / row.divisor);
+    case Kind::Unsigned:
+    case Kind::Text:
+    case Kind::Date:
+        break;
+    }
+    return static_cast<float>(raw) / static_cast<float>(row.divisor);
+}
+
+std::uint16_t rawOf(const Row& row, double value)
+{
+    const double scaled = std::round(value * row.divisor);
+    if (row.kind == Kind::Signed)
+        return static_cast<std::uint16_t>(static_cast<std::int16_t>(std::clamp(scaled, -32768.0, 32767.0)));
+    return static_cast<std::uint16_t>(std::clamp(scaled, 0.0, 65535.0));
+}
+
+} // namespace unitmap
