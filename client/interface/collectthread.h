@@ -21,8 +21,7 @@ class Q_DECL_EXPORT CollectThread : public QThread
 public:
     explicit CollectThread(QObject* parent = nullptr)
         : QThread(parent)
-    {
-    }
+    {}
 
     /// Sets one entry of the device information map. Any thread.
     void flushUpsInfo(QString key, QVariant value)
@@ -87,27 +86,27 @@ public slots:
     virtual int getWorkState() { return m_workState; }
 
 public:
-    QString m_deviceName;                     ///< set by the host before loadConfig
-    int m_protocol = 0;                       ///< copied into event records
-    int m_interval = 0;                       ///< seconds between cycles that poll() asks for
-    int m_retryLimit = 5;                     ///< failed cycles in a row until the unit counts as lost
-    int m_failureCount = 0;                   ///< failed cycles in a row
-    QString m_ipAddress;                      ///< TCP target
-    int m_tcpPort = 0;                        ///< TCP target
-    QString m_manufacturer;                   ///< host-side text, reported as "IdentManufacturer"
-    QString m_configText1;                    ///< host-side configuration, never touched by the plugin
-    QString m_configText2;                    ///< as above
-    QString m_configText3;                    ///< as above
-    QString m_configText4;                    ///< as above
-    QString m_configText5;                    ///< as above
-    int m_commState = -1;                     ///< -1 not yet known, 0 communicating, 1 lost
-    QMap<int, int> m_eventSelection;          ///< event code to selected flag
-    QMap<int, int> m_previousAlarmStates;     ///< last reported states; cycle thread only
-    QMap<QString, QVariant> m_sideInfo;       ///< written by flushUpsInfoSLot, not locked
-    QMap<QString, QVariant> m_deviceInfo;     ///< identity and last values; take m_infoLock to read it
-    void* m_portHandle = nullptr;             ///< the port manager, a PortManage
-    int m_workState = 0;                      ///< see getWorkState
-    QMutex m_infoLock;                        ///< guards m_deviceInfo
+    QString m_deviceName;                 ///< set by the host before loadConfig
+    int m_protocol = 0;                   ///< copied into event records
+    int m_interval = 0;                   ///< seconds between cycles that poll() asks for
+    int m_retryLimit = 5;                 ///< failed cycles in a row until the unit counts as lost
+    int m_failureCount = 0;               ///< failed cycles in a row
+    QString m_ipAddress;                  ///< TCP target
+    int m_tcpPort = 0;                    ///< TCP target
+    QString m_manufacturer;               ///< host-side text, reported as "IdentManufacturer"
+    QString m_configText1;                ///< host-side configuration, never touched by the plugin
+    QString m_configText2;                ///< as above
+    QString m_configText3;                ///< as above
+    QString m_configText4;                ///< as above
+    QString m_configText5;                ///< as above
+    int m_commState = -1;                 ///< -1 not yet known, 0 communicating, 1 lost
+    QMap<int, int> m_eventSelection;      ///< event code to selected flag
+    QMap<int, int> m_previousAlarmStates; ///< last reported states; cycle thread only
+    QMap<QString, QVariant> m_sideInfo;   ///< written by flushUpsInfoSLot, not locked
+    QMap<QString, QVariant> m_deviceInfo; ///< identity and last values; take m_infoLock to read it
+    void* m_portHandle = nullptr;         ///< the port manager, a PortManage
+    int m_workState = 0;                  ///< see getWorkState
+    QMutex m_infoLock;                    ///< guards m_deviceInfo
 };
 
 Q_DECLARE_INTERFACE(CollectThread, "com.nalo.Qt.ProInterface")

@@ -16,8 +16,7 @@ class Q_DECL_EXPORT CollectView : public QWidget
 public:
     explicit CollectView(QWidget* parent = nullptr)
         : QWidget(parent)
-    {
-    }
+    {}
 
 signals:
     /// A request of the user: its type is the command id, or 1029 for a confirmed setting.
@@ -53,10 +52,10 @@ public slots:
     }
 
 public:
-    QMap<int, QVariant> m_data;       ///< last data map
-    QMap<QString, QVariant> m_info;   ///< filled by flushUpsInfo
-    QString m_name;                   ///< sent as "name" in requests
-    int m_language = 0;               ///< set by setLanguage
-    int m_userLevel = 0;              ///< set by setUserInfo
-    QString m_user;                   ///< set by setUserInfo
+    QMap<int, QVariant> m_data;     ///< last data map
+    QMap<QString, QVariant> m_info; ///< filled by flushUpsInfo
+    QString m_name;                 ///< sent as "name" in requests
+    int m_language = 0;             ///< set by setLanguage
+    int m_userLevel = 0;            ///< set by setUserInfo
+    QString m_user;                 ///< set by setUserInfo
 };

@@ -1,0 +1,219 @@
+#include "scriptedunit.h"
+#include "vek5client.h"
+
+#include <QSemaphore>
+#include <QtTest>
+
+#include <netinet/in.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <thread>
+#include <vector>
+
+namespace {
+
+constexpr int promptlyMs = 3000; // far below the 5 s pause and the 30 s wait that must not be sat out
+
+// A port on which connections stay half-made: the queue of pending ones is full and nobody accepts.
+class BlackHole
+{
+public:
+    BlackHole()
+        : m_listener(::socket(AF_INET, SOCK_STREAM, 0))
+    {
+        sockaddr_in address{};
+        address.sin_family = AF_INET;
+        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+        socklen_t length = sizeof address;
+        ::bind(m_listener, reinterpret_cast<sockaddr*>(&address), length);
+        ::getsockname(m_listener, reinterpret_cast<sockaddr*>(&address), &length);
+        ::listen(m_listener, 0);
+        m_port = ntohs(address.sin_port);
+        for (int& client : m_clients) {
+            client = ::socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK, 0);
+            ::connect(client, reinterpret_cast<sockaddr*>(&address), length);
+        }
+    }
+    ~BlackHole()
+    {
+        for (const int client : m_clients)
+            ::close(client);
+        ::close(m_listener);
+    }
+    QString port() const { return QString::number(m_port); }
+
+private:
+    int m_listener;
+    int m_port = 0;
+    int m_clients[4] = {};
+};
+
+std::unique_ptr<vek5Client> newCollector(const QStringList& config)
+{
+    writeConfig(QStringLiteral("A"), config);
+    auto collector = std::make_unique<vek5Client>();
+    collector->m_deviceName = QStringLiteral("A");
+    collector->loadConfig();
+    return collector;
+}
+
+const QString noPort = QStringLiteral("commType=2");
+
+QStringList tcpConfig(const QString& port)
+{
+    return {QStringLiteral("commType=1"), QStringLiteral("ipAddr=127.0.0.1"),
+            QString(QStringLiteral("port=") + port)};
+}
+
+} // namespace
+
+// Collectors deleted in every phase of their work, and cycles asked for across threads.
+class tst_CollectorLifetime : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init();
+    void deletedBeforeAndRightAfterStart();
+    void deletedInsideAQuery();
+    void deletedInThePauseBeforeConnecting();
+    void deletedWhileConnecting();
+    void deletedThroughRelease();
+    void stoppedAndStartedAgain();
+    void pollIsHandedToTheRunningThread();
+    void pollReturnsWhenTheThreadEnds();
+};
+
+void tst_CollectorLifetime::init()
+{
+    scriptedUnit().answers = true;
+    scriptedUnit().hook = nullptr;
+    scriptedUnit().points = {{4000, 1.0F}};
+    scriptedUnit().queries = 0;
+}
+
+void tst_CollectorLifetime::deletedBeforeAndRightAfterStart()
+{
+    for (int i = 0; i < 50; ++i) {
+        auto collector = newCollector({noPort});
+        if (i % 5 != 0)
+            collector->start();
+        if (i % 5 == 4)
+            QTRY_VERIFY(collector->isRunning());
+    }
+}
+
+void tst_CollectorLifetime::deletedInsideAQuery()
+{
+    QSemaphore isInside;
+    QSemaphore mayLeave;
+    scriptedUnit().hook = [&](PortHandle*) {
+        isInside.release();
+        mayLeave.tryAcquire(1, 200); // released by no one: the destructor has to wait for the query
+    };
+    auto collector = newCollector({noPort});
+    collector->start();
+    QVERIFY(isInside.tryAcquire(1, 5000));
+    collector.reset();
+    QCOMPARE(isInside.available(), 0);
+}
+
+void tst_CollectorLifetime::deletedInThePauseBeforeConnecting()
+{
+    auto collector = newCollector(tcpConfig(QStringLiteral("1")));
+    collector->start();
+    QTRY_VERIFY(collector->isRunning());
+    QTest::qWait(150); // past the first tick
+    QElapsedTimer timer;
+    timer.start();
+    collector.reset();
+    QVERIFY(timer.elapsed() < promptlyMs);
+    QCOMPARE(scriptedUnit().queries.load(), 0);
+}
+
+void tst_CollectorLifetime::deletedWhileConnecting()
+{
+    const BlackHole blackHole;
+    auto collector = newCollector(tcpConfig(blackHole.port()));
+    collector->start();
+    QTest::qWait(5600); // past the pause, into the wait for the connection
+    QCOMPARE(scriptedUnit().queries.load(), 0);
+    QElapsedTimer timer;
+    timer.start();
+    collector.reset();
+    QVERIFY(timer.elapsed() < promptlyMs);
+}
+
+void tst_CollectorLifetime::deletedThroughRelease()
+{
+    vek5Client factory;
+    auto* collector = qobject_cast<vek5Client*>(factory.create(nullptr));
+    QVERIFY(collector);
+    const QPointer<vek5Client> guard(collector);
+    collector->start();
+    static_cast<CollectThread&>(factory).release(collector); // the host's operation frees nothing
+    QVERIFY(guard);
+    factory.release(collector);
+    factory.release(static_cast<vek5Client*>(nullptr));
+    QTRY_VERIFY(!guard);
+}
+
+void tst_CollectorLifetime::stoppedAndStartedAgain()
+{
+    auto collector = newCollector({noPort});
+    for (int i = 0; i < 3; ++i) {
+        scriptedUnit().queries = 0;
+        collector->start();
+        QTRY_VERIFY(scriptedUnit().queries.load() > 1);
+        collector->quit();
+        QVERIFY(collector->wait(5000));
+    }
+}
+
+void tst_CollectorLifetime::pollIsHandedToTheRunningThread()
+{
+    auto collector = newCollector({noPort, QStringLiteral("interval=0")});
+    std::atomic<QThread*> queryThread{nullptr};
+    std::atomic<int> inside{0};
+    std::atomic<int> collisions{0};
+    scriptedUnit().hook = [&](PortHandle*) {
+        queryThread = QThread::currentThread();
+        if (++inside > 1)
+            ++collisions;
+        QThread::msleep(2);
+        --inside;
+    };
+    std::vector<std::thread> pollers;
+    for (int i = 0; i < 3; ++i)
+        pollers.emplace_back([&] {
+            for (int cycle = 0; cycle < 30; ++cycle) {
+                collector->control(1009, QString());
+                collector->poll();
+            }
+        });
+    collector->start();
+    for (std::thread& poller : pollers)
+        poller.join();
+    const int before = scriptedUnit().queries.load();
+    collector->control(1009, QString());
+    collector->poll();
+    QVERIFY(scriptedUnit().queries.load() > before);
+    QCOMPARE(queryThread.load(), static_cast<QThread*>(collector.get()));
+    QCOMPARE(collisions.load(), 0);
+}
+
+void tst_CollectorLifetime::pollReturnsWhenTheThreadEnds()
+{
+    auto collector = newCollector({noPort, QStringLiteral("interval=0")});
+    for (int i = 0; i < 20; ++i) {
+        collector->start();
+        collector->quit();
+        collector->control(1009, QString());
+        collector->poll(); // with or without the thread, it comes back
+        QVERIFY(collector->wait(5000));
+    }
+}
+
+QTEST_GUILESS_MAIN(tst_CollectorLifetime)
+#include "tst_collectorlifetime.moc"
