@@ -26,6 +26,37 @@ static_assert(isGapless(discreteInputRows, 2000, alarmPointCount), "alarm rows l
 static_assert(isGapless(inputRegisterRows, 4000, inputRegisterCount), "input rows leave a gap");
 static_assert(isGapless(holdingRegisterRows, 3000, holdingRegisterCount), "holding rows leave a gap");
 
+/// The blocks of one function read its registers from the first to the last, each once.
+constexpr bool isReadWhole(Function function, int firstPoint, int registerCount, int maxBlock)
+{
+    int nextRegister = 0;
+    for (const Block& block : blocks) {
+        if (block.function != function)
+            continue;
+        if (block.firstRegister != nextRegister || block.firstPoint != firstPoint + nextRegister ||
+            block.count < 1 || block.count > maxBlock)
+            return false;
+        nextRegister += block.count;
+    }
+    return nextRegister == registerCount;
+}
+
+constexpr bool haveOwnLengths()
+{
+    for (const Block& a : blocks)
+        for (const Block& b : blocks)
+            if (&a != &b && a.function == b.function && a.count == b.count)
+                return false;
+    return true;
+}
+
+// 2000 inputs and 125 registers are the most that one reply can carry.
+static_assert(isReadWhole(ReadDiscreteInputs, 2000, alarmPointCount, 2000), "alarms are not read whole");
+static_assert(isReadWhole(ReadInputRegisters, 4000, inputRegisterCount, 125), "inputs are not read whole");
+static_assert(isReadWhole(ReadHoldingRegisters, 3000, holdingRegisterCount, 125),
+              "settings are not read whole");
+static_assert(haveOwnLengths(), "a late reply could be taken for that of another block");
+
 template <std::size_t size>
 const Row* findRow(const Row (&rows)[size], int pointId)
 {
@@ -58,6 +89,7 @@ float valueOf(const Row& row, std::uint16_t raw)
     case Kind::Unsigned:
     case Kind::Text:
     case Kind::Date:
+    case Kind::Reserved:
         break;
     }
     return static_cast<float>(raw) / static_cast<float>(row.divisor);

@@ -7,12 +7,14 @@
 namespace unitmap {
 
 /// How a register is turned into a point's value.
-enum class Kind {
+enum class Kind
+{
     Unsigned,   ///< value = raw / divisor
     Signed,     ///< value = raw as two's complement / divisor
     WholeUnits, ///< value = raw / divisor without its fraction, so that the value names an option
-    Text,       ///< one byte of a text in each register
-    Date        ///< year within the century, month, day, hour, minute, second
+    Text,       ///< one byte of a text in each register, the rest of the row 0
+    Date,       ///< year within the century, month, day, hour, minute, second
+    Reserved    ///< without meaning yet: value = raw, never written
 };
 
 /// One run of consecutive points in consecutive registers.
@@ -27,7 +29,8 @@ struct Row
 };
 
 /// Modbus function codes that the units answer.
-enum Function : std::uint8_t {
+enum Function : std::uint8_t
+{
     ReadDiscreteInputs = 2,
     ReadHoldingRegisters = 3,
     ReadInputRegisters = 4,

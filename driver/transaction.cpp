@@ -1,0 +1,119 @@
+#include "transaction.h"
+
+#include <algorithm>
+
+namespace driver {
+
+namespace {
+
+/// What a TCP read returns for "nothing usable": silence, a fragment that it swallowed, a lost connection.
+constexpr int shortTcpAnswer = -5;
+/// A TCP read waits 1000 ms; one that returned well before that did not meet silence.
+constexpr std::chrono::milliseconds tcpSilence{900};
+/// On a lost connection every read returns at once, and waiting for silence would be in vain.
+constexpr std::chrono::milliseconds hastyRead{1};
+constexpr int maxHastyReads = 32;
+/// Unit id and function: they tell how long the reply is. TCP never brings as little as this, so that a
+/// whole frame is recognised by the first read.
+constexpr int headLength = 2;
+/// Small, since a read can only be left when it is complete or the line is silent.
+constexpr int drainLength = 32;
+
+} // namespace
+
+Transaction::Transaction(PortHandle& port, const TransferLimits& limits)
+    : m_port(port)
+    , m_limits(limits)
+{}
+
+ReplyError Transaction::run(const Request& request)
+{
+    if (!send(request))
+        return ReplyError::NotSent;
+    const int length = receive(request);
+    const ReplyError error = length > 0 ? checkReply(request, m_buffer.data(), length) : ReplyError::NoAnswer;
+    // An exception is a sound reply: nothing follows it.
+    if (error != ReplyError::None && error != ReplyError::Exception)
+        drain();
+    return error;
+}
+
+bool Transaction::send(const Request& request)
+{
+    auto frame = request.frame; // the entry takes a buffer that it may change
+    return m_port.writeEntry(&m_port, reinterpret_cast<char*>(frame.data()), request.length) ==
+           request.length;
+}
+
+/// Returns the number of bytes that came. How long the unit takes to begin is bounded by the port's read
+/// time-out, which the operator sets; how long it takes to finish, here.
+int Transaction::receive(const Request& request)
+{
+    int length = 0;
+    int wanted = headLength;
+    Clock::time_point deadline = Clock::time_point::max();
+    while (length < wanted) {
+        const int asked = affordable(wanted - length, deadline);
+        const int count = asked > 0 ? read(length, asked) : 0;
+        if (count <= 0)
+            break;
+        if (length == 0)
+            deadline = Clock::now() + m_limits.reply;
+        length += count;
+        if (count > asked)
+            break; // a whole frame: there is no more of it to come
+        if (length >= headLength)
+            wanted = isExceptionTo(request, m_buffer.data()) ? exceptionLength : request.replyLength;
+    }
+    return length;
+}
+
+void Transaction::drain()
+{
+    const Clock::time_point deadline = Clock::now() + m_limits.drain;
+    while (!m_lineSilent) {
+        const int asked = affordable(drainLength, deadline);
+        if (asked == 0)
+            return;
+        read(0, asked);
+    }
+}
+
+int Transaction::read(int offset, int wanted)
+{
+    const Clock::time_point begin = Clock::now();
+    const int count = m_port.readEntry(&m_port, reinterpret_cast<char*>(m_buffer.data()) + offset, wanted);
+    const Clock::duration took = Clock::now() - begin;
+    m_lineSilent = isSilence(count, took);
+    if (count > 0)
+        m_timePerByte = took / count;
+    return std::min(count, maxReadLength);
+}
+
+bool Transaction::isSilence(int count, Clock::duration took)
+{
+    if (count > 0 || took >= hastyRead)
+        m_hastyReads = 0;
+    else
+        ++m_hastyReads;
+    if (count > 0)
+        return false;
+    // Any other result without bytes comes from a serial line: time-out, or a port that is gone.
+    return count != shortTcpAnswer || took >= tcpSilence || m_hastyReads >= maxHastyReads;
+}
+
+/// How many of the wanted bytes can come before the deadline at the pace of the last read; 0 when it has
+/// passed. A line that trickles is thereby asked for little at a time: a read cannot be called back.
+int Transaction::affordable(int wanted, Clock::time_point deadline) const
+{
+    if (deadline == Clock::time_point::max())
+        return wanted;
+    const Clock::duration left = deadline - Clock::now();
+    if (left <= Clock::duration::zero())
+        return 0;
+    if (m_timePerByte * wanted <= left)
+        return wanted;
+    return std::max(1, static_cast<int>(left / m_timePerByte));
+}
+
+} // namespace driver

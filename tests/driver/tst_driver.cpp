@@ -1,0 +1,318 @@
+#include "entry.h"
+#include "fakeunit.h"
+#include "transaction.h"
+
+#include <QElapsedTimer>
+#include <QRandomGenerator>
+#include <QThread>
+#include <QtTest>
+
+#include <algorithm>
+#include <iterator>
+#include <utility>
+
+using Bytes = QByteArray;
+using List = QByteArrayList;
+using E = driver::ReplyError;
+using Line = FakeUnit::Line;
+using Fault = std::function<List(const Bytes&)>;
+Q_DECLARE_METATYPE(Fault)
+Q_DECLARE_METATYPE(E)
+Q_DECLARE_METATYPE(Line)
+
+namespace {
+
+using Points = QVector<QPair<int, float>>;
+
+void collect(int point, float value, void* context)
+{
+    static_cast<Points*>(context)->append({point, value});
+}
+
+constexpr driver::TransferLimits shortLimits{std::chrono::milliseconds(50), std::chrono::milliseconds(50)};
+
+/// The block of live values: 124 registers, a reply of 253 bytes.
+driver::Request liveValuesRequest()
+{
+    return driver::readRequest(1, unitmap::blocks[2]);
+}
+
+Bytes hex(const char* text)
+{
+    return Bytes::fromHex(text);
+}
+
+} // namespace
+
+class TestDriver : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void readsEveryPointOnce();
+    void sendsCommands_data();
+    void sendsCommands();
+    void tellsFaultsApart_data();
+    void tellsFaultsApart();
+    void endsInTime_data();
+    void endsInTime();
+    void neverReportsAWrongValue_data();
+    void neverReportsAWrongValue();
+    void refusesUnusablePorts();
+};
+
+void TestDriver::readsEveryPointOnce()
+{
+    // function << 16 | register -> what it holds
+    const QHash<int, quint16> held{{0x20009, 1},    {0x201FF, 1},      {0x40010, 'V'},
+                                   {0x40067, 2203}, {0x4006B, 0xFFCE}, {0x4008E, 0x62},
+                                   {0x30017, 50},   {0x30037, 0xFFFE}, {0x30067, 24}};
+    FakeUnit unit(Line::Serial);
+    unit.registers = [&](int function, int reg) { return held.value(function << 16 | reg); };
+    Points points;
+    QVERIFY(Query(&unit, 1, collect, &points) != 0);
+
+    // Made by another program.
+    const List expected{hex("010200000200796a"), hex("0104000000653021"), hex("01040065007ce1f4"),
+                        hex("010400e10033e029"), hex("0103000000570434"), hex("01030057004d342f")};
+    QCOMPARE(unit.requests, expected);
+    QCOMPARE(points.size(), 512 + 276 + 164);
+    QMap<int, float> seen;
+    for (const auto& point : points) {
+        if (point.second != 0.0F)
+            seen[point.first] = point.second;
+    }
+    // The charge current limit names an option: 0.5 A reads as 0.
+    const QMap<int, float> values{{2009, 1.0F},  {2511, 1.0F},  {4016, 86.0F}, {4103, 220.3F},
+                                  {4107, -5.0F}, {4142, 0.98F}, {3055, -0.2F}, {3103, 24.0F}};
+    QCOMPARE(seen, values);
+}
+
+void TestDriver::sendsCommands_data()
+{
+    QTest::addColumn<Bytes>("text");
+    QTest::addColumn<Bytes>("frame"); // made by another program; empty: refused
+    const auto row = [](const char* text, const char* frame) {
+        QTest::newRow(text) << Bytes(text) << hex(frame);
+    };
+    row("17,", "011010000002040011ffff6fda");
+    row("0,", "011010000002040000ffff3fdf");
+    row("0,10", "011010000002040000000abe68");
+    row("12,65534", "01101000000204000cfffe3e1c");
+    row("20,/tmp/history.csv", "011010000002040014ffff7fdb");
+    row(" 3017,  32", "010600110020d817");
+    row("3003,-5", "01060003fffb79b9");
+    row("3087,ACME, \xE9",
+        "0110005700102000410043004d0045002c002000e9000000000000000000000000000000000000cd1a");
+    row("3103,24,05,06,12,30,00", "0110006700060c001800050006000c001e0000373a");
+    row("3103,24,02,29,23,59,59", "0110006700060c00180002001d0017003b003b8e11");
+    // Unknown codes, arguments that are no number, codes without their comma
+    for (const char* text :
+         {"", "17", ",", "1,300", "5,", "-1,", "17,on", "17,3x", "0,-1", "0,65535", "0x11,", "17.0,",
+          "99999999999,1",
+          // not a setting, reserved, outside the map, not the first point of its row
+          "2022,1", "3009,1", "3130,1", "3164,1", "4103,1", "3088,A", "3104,24,05,06,12,30,00",
+          // values that do not fit
+          "3017,-1", "3017,65536", "3003,32768", "3003,-32769", "3017,", "3017,3.5", "3077,12345678901",
+          "3103,24,02,30,00,00,00", "3103,23,02,29,00,00,00", "3103,24,05,06,12,30",
+          "3103,24,05,06,12,30,00,1", "3103,24,13,06,12,30,00", "3103,24,05,06,24,00,00", "3103,",
+          "20,a file name that is longer than any caller sends it"})
+        row(text, "");
+}
+
+void TestDriver::sendsCommands()
+{
+    QFETCH(Bytes, text);
+    QFETCH(Bytes, frame);
+    FakeUnit unit(Line::Serial);
+    QCOMPARE(Control(&unit, 1, text, nullptr), int(frame.isEmpty() ? driver::Refused : driver::Done));
+    QCOMPARE(unit.requests.value(0), frame);
+    if (frame.isEmpty())
+        return;
+
+    const Bytes rejection = withCrc(frame.left(1) + char(frame[1] | 0x80) + '\x03');
+    const Bytes wrongEcho = withCrc(frame.left(5) + char(frame[5] ^ 1));
+    const QPair<List, driver::ControlResult> failures[] = {
+        {{rejection}, driver::Rejected}, {{wrongEcho}, driver::BadReply}, {{}, driver::NoAnswer}};
+    for (const auto& failure : failures) {
+        unit.fault = [&](const Bytes&) { return failure.first; };
+        QCOMPARE(Control(&unit, 1, text, nullptr), int(failure.second));
+    }
+}
+
+void TestDriver::tellsFaultsApart_data()
+{
+    QTest::addColumn<E>("serial");
+    QTest::addColumn<E>("tcp");
+    QTest::addColumn<Fault>("fault");
+    const auto row = [](const char* name, E serial, E tcp, const Fault& fault) {
+        QTest::newRow(name) << serial << tcp << fault;
+    };
+    // One byte of the good reply changed, and the CRC made to fit again.
+    const auto changed = [](int offset, int flip) -> Fault {
+        return [=](const Bytes& good) {
+            return List{withCrc(good.left(offset) + char(good[offset] ^ flip) +
+                                good.mid(offset + 1, good.size() - offset - 3))};
+        };
+    };
+    const Bytes exception = hex("018402c2c1");
+    const Bytes late = withCrc("\1\4\x66" + Bytes(0x66, '\0'));
+    row("silence", E::NoAnswer, E::NoAnswer, [](const Bytes&) { return List{}; });
+    row("exception", E::Exception, E::Exception, [=](const Bytes&) { return List{exception}; });
+    row("bad CRC", E::BadCrc, E::None, [](Bytes good) { return List{good.replace(9, 1, "?")}; });
+    row("other unit", E::WrongUnit, E::WrongUnit, changed(0, 2));
+    row("other function", E::WrongFunction, E::WrongFunction, changed(1, 7));
+    row("byte count", E::BadByteCount, E::BadByteCount, changed(2, 2));
+    row("truncated", E::BadCrc, E::BadLength, [](const Bytes& good) { return List{good.left(100)}; });
+    row("too short", E::BadCrc, E::BadCrc, [](const Bytes& good) { return List{good.left(3)}; });
+    row("glued", E::Exception, E::BadLength, [=](const Bytes& good) { return List{exception + good}; });
+    row("late first", E::BadCrc, E::BadLength, [=](const Bytes& good) { return List({late, good}); });
+    row("duplicated", E::None, E::None, [](const Bytes& good) { return List({good, good}); });
+    row("noise first", E::BadCrc, E::BadCrc, [](const Bytes& good) { return List({"\xFF#7", good}); });
+}
+
+void TestDriver::tellsFaultsApart()
+{
+    QFETCH(Fault, fault);
+    QFETCH(E, serial);
+    QFETCH(E, tcp);
+    for (const Line line : {Line::Serial, Line::ByteWise, Line::Tcp}) {
+        FakeUnit unit(line);
+        unit.fault = fault;
+        driver::Transaction transaction(unit);
+        const E expected = line == Line::Tcp ? tcp : serial;
+        QCOMPARE(transaction.run(liveValuesRequest()), expected);
+        // What is left of a fault costs at most the next request.
+        unit.fault = nullptr;
+        if (transaction.run(liveValuesRequest()) != E::None) {
+            QVERIFY(expected == E::None || expected == E::Exception);
+            QCOMPARE(transaction.run(liveValuesRequest()), E::None);
+        }
+    }
+}
+
+void TestDriver::endsInTime_data()
+{
+    QTest::addColumn<int>("msPerByte");
+    QTest::addColumn<int>("answer"); // 0: as many bytes as asked for
+    QTest::addColumn<int>("leastReads");
+    QTest::newRow("endless noise") << 0 << 0 << 3;
+    QTest::newRow("trickle") << 10 << 0 << 3;
+    QTest::newRow("lost connection") << 0 << -5 << 2;
+    QTest::newRow("swallowed fragments") << 2 << -5 << 4;
+    QTest::newRow("port gone") << 0 << -1 << 1;
+}
+
+void TestDriver::endsInTime()
+{
+    QFETCH(int, msPerByte);
+    QFETCH(int, answer);
+    QFETCH(int, leastReads);
+    FakeUnit unit(Line::Serial);
+    int reads = 0;
+    unit.reader = [&](char* buffer, int length) {
+        ++reads;
+        QThread::msleep(static_cast<unsigned long>(msPerByte * (answer < 0 ? 1 : length)));
+        std::fill(buffer, buffer + length, '\x55');
+        return answer < 0 ? answer : length;
+    };
+    QElapsedTimer timer;
+    timer.start();
+    const E error = driver::Transaction(unit, shortLimits).run(liveValuesRequest());
+    QCOMPARE(error, answer < 0 ? E::NoAnswer : E::BadCrc);
+    QVERIFY2(timer.elapsed() < 1500, qPrintable(QString::number(timer.elapsed())));
+    QVERIFY2(reads >= leastReads && (answer == 0 || reads < 100), qPrintable(QString::number(reads)));
+}
+
+void TestDriver::neverReportsAWrongValue_data()
+{
+    QTest::addColumn<Line>("line");
+    QTest::newRow("serial") << Line::Serial;
+    QTest::newRow("tcp") << Line::Tcp;
+}
+
+void TestDriver::neverReportsAWrongValue()
+{
+    QFETCH(Line, line);
+    QRandomGenerator random(20240506); // always the same course
+    const auto below = [&](int bound) { return int(random.bounded(bound)); };
+    const auto noise = [&] {
+        Bytes bytes(1 + below(300), '\0');
+        std::generate(bytes.begin(), bytes.end(), [&] { return char(below(256)); });
+        return bytes;
+    };
+    quint32 generation = 0; // of the values: old ones must not show up either
+    const auto registers = [&](int function, int reg) {
+        return quint16((generation * 97U + quint32(function * 512 + reg)) * 2654435761U >> 9);
+    };
+    FakeUnit unit(line);
+    unit.registers = registers;
+    Bytes previous("\1\6??????");
+    unit.fault = [&](const Bytes& good) {
+        const int at = 1 + below(good.size() - 1);
+        const Bytes late = std::exchange(previous, good);
+        const bool isOfOtherBlock = late.size() != good.size() || late[1] != good[1];
+        Bytes damaged = good;
+        damaged.replace(at, 1 + below(4), noise().left(1 + below(4)));
+        Bytes otherHead = good.left(good.size() - 2);
+        otherHead[below(3)] = char(below(256));
+        const List faults[] = {
+            {},
+            {good.left(at)},
+            {good, good},
+            {good + good},
+            {noise(), good},
+            {good, noise()},
+            isOfOtherBlock ? List{late} : List{},
+            isOfOtherBlock ? List{late, good} : List{},
+            // of a frame in two parts, TCP loses the first bytes of the second
+            {good.left(at), good.mid(line == Line::Tcp ? at + 6 : at)},
+            // only a serial line shows damage inside a frame
+            {line == Line::Tcp ? noise() : damaged},
+            {withCrc(otherHead)},
+            {withCrc(good.left(1) + char(good[1] | 0x80) + char(below(9)))},
+        };
+        const std::size_t which = random.bounded(60U);
+        return which < std::size(faults) ? faults[which] : List{good};
+    };
+    FakeUnit sound(Line::Serial);
+    sound.registers = registers;
+    int answered = 0;
+    constexpr int queries = 4000;
+    for (generation = 1; generation <= queries; ++generation) {
+        Points points;
+        Points truth;
+        if (Query(&unit, 7, collect, &points)) {
+            ++answered;
+            QVERIFY(Query(&sound, 7, collect, &truth));
+        }
+        QVERIFY2(points == truth, qPrintable(QString::number(generation)));
+    }
+    QVERIFY2(answered > queries / 10 && answered < queries * 9 / 10, qPrintable(QString::number(answered)));
+}
+
+void TestDriver::refusesUnusablePorts()
+{
+    FakeUnit unit(Line::Serial);
+    QCOMPARE(Query(&unit, 1, nullptr, nullptr), 0);
+    QCOMPARE(Control(&unit, 1, nullptr, nullptr), int(driver::Refused));
+    PortHandle unusable[] = {{nullptr, unit.readEntry, unit.writeEntry},
+                             {&unit, nullptr, unit.writeEntry},
+                             {&unit, unit.readEntry, nullptr}};
+    for (PortHandle* port : {static_cast<PortHandle*>(nullptr), unusable, unusable + 1, unusable + 2}) {
+        QCOMPARE(Query(port, 1, collect, nullptr), 0);
+        QCOMPARE(Control(port, 1, "17,", nullptr), int(driver::Refused));
+    }
+    // 0 is every unit of the line, 257 would become unit 1 on the wire.
+    for (const int address : {0, 256, 257, -1}) {
+        QCOMPARE(Query(&unit, address, collect, nullptr), 0);
+        QCOMPARE(Control(&unit, address, "17,", nullptr), int(driver::Refused));
+    }
+    QVERIFY(unit.requests.isEmpty());
+    PortHandle closed{&unit, unit.readEntry, [](PortHandle*, char*, int) { return -1; }};
+    QCOMPARE(Query(&closed, 1, collect, nullptr), 0);
+    QCOMPARE(Control(&closed, 1, "17,", nullptr), int(driver::NotSent));
+}
+
+QTEST_GUILESS_MAIN(TestDriver)
+#include "tst_driver.moc"
