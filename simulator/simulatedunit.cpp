@@ -1,0 +1,160 @@
+#include "simulatedunit.h"
+
+#include "mainsplan.h"
+#include "trace.h"
+
+#include <algorithm>
+#include <new>
+
+namespace simulation {
+
+namespace {
+
+/// A write request's content, behind the function code:
+///   06: register (2), value (2)
+///   16: register (2), count (2), byte count (1), values (2 each)
+struct WriteRequest
+{
+    int firstRegister = 0;
+    std::vector<std::uint16_t> values; ///< empty when count and byte count do not agree
+};
+
+int wordAt(const Bytes& bytes, int offset)
+{
+    return bytes[static_cast<std::size_t>(offset)] << 8 | bytes[static_cast<std::size_t>(offset) + 1];
+}
+
+bool isWrite(int function)
+{
+    return function == unitmap::WriteSingleRegister || function == unitmap::WriteMultipleRegisters;
+}
+
+WriteRequest parseWrite(const Bytes& request, int header)
+{
+    WriteRequest write;
+    write.firstRegister = wordAt(request, header + 1);
+    int count = 1;
+    int offset = header + 3;
+    if (request[static_cast<std::size_t>(header)] == unitmap::WriteMultipleRegisters) {
+        count = wordAt(request, header + 3);
+        const int byteCount = request[static_cast<std::size_t>(header) + 5];
+        if (byteCount != 2 * count)
+            return write;
+        offset = header + 6;
+    }
+    for (int i = 0; i < count; ++i)
+        write.values.push_back(static_cast<std::uint16_t>(wordAt(request, offset + 2 * i)));
+    return write;
+}
+
+modbus_mapping_t* checked(modbus_mapping_t* mapping)
+{
+    if (!mapping)
+        throw std::bad_alloc();
+    return mapping;
+}
+
+} // namespace
+
+SimulatedUnit::SimulatedUnit(const UnitIdentity& identity, std::int64_t startMs, Trace* trace)
+    : m_identity(identity)
+    , m_model(identity, static_cast<std::uint32_t>(identity.address), startMs)
+    , m_trace(trace)
+    , m_mapping(checked(modbus_mapping_new_start_address(0, 0, 0, unitmap::alarmPointCount, 0,
+                                                         unitmap::holdingRegisterCount, 0,
+                                                         unitmap::inputRegisterCount)))
+    , m_commandMapping(checked(modbus_mapping_new_start_address(0, 0, 0, 0, unitmap::commandRegister,
+                                                                unitmap::commandRegisterCount, 0, 0)))
+{
+    if (m_trace) {
+        m_trace->points(address(), m_model.image(), nullptr);
+        m_trace->buzzer(address(), m_buzzerPublished);
+    }
+    m_published = m_model.image();
+    publish();
+}
+
+void SimulatedUnit::advance(int ms)
+{
+    const std::lock_guard<std::mutex> guard(m_mutex);
+    m_elapsedMs += ms;
+    m_model.setMainsPresent(isMainsPresent(m_elapsedMs, address()));
+    m_model.step(ms);
+    publish();
+}
+
+void SimulatedUnit::reply(modbus_t* context, const Bytes& request, int header)
+{
+    const std::lock_guard<std::mutex> guard(m_mutex);
+    const int function = request[static_cast<std::size_t>(header)];
+    modbus_mapping_t* mapping = m_mapping.get();
+    if (isWrite(function)) {
+        const WriteRequest wanted = parseWrite(request, header);
+        // The command register is of function 16 alone: code and argument have to arrive together.
+        const bool isCommand =
+            wanted.firstRegister == unitmap::commandRegister && function == unitmap::WriteMultipleRegisters;
+        Refusal refusal = Refusal::IllegalValue;
+        if (!wanted.values.empty())
+            refusal = isCommand ? runCommand(wanted.values) : write(wanted.firstRegister, wanted.values);
+        if (refusal != Refusal::None) {
+            if (m_trace)
+                m_trace->rejected(address(), function, wanted.firstRegister, refusal);
+            modbus_reply_exception(context, request.data(), static_cast<unsigned>(refusal));
+            return;
+        }
+        if (isCommand)
+            mapping = m_commandMapping.get();
+    }
+    modbus_reply(context, request.data(), static_cast<int>(request.size()), mapping);
+}
+
+Refusal SimulatedUnit::write(int firstRegister, const std::vector<std::uint16_t>& values)
+{
+    const Refusal refusal = checkSettings(firstRegister, values);
+    if (refusal != Refusal::None)
+        return refusal;
+    m_model.writeSettings(firstRegister, values);
+    if (m_trace)
+        m_trace->settings(address(), firstRegister, values);
+    publish();
+    return Refusal::None;
+}
+
+Refusal SimulatedUnit::runCommand(const std::vector<std::uint16_t>& values)
+{
+    if (values.size() != unitmap::commandRegisterCount)
+        return Refusal::IllegalAddress;
+    switch (m_model.command(values[0], values[1])) {
+    case CommandResult::UnknownCode:
+    case CommandResult::BadArgument:
+        return Refusal::IllegalValue;
+    case CommandResult::NotNow:
+        return Refusal::Busy;
+    case CommandResult::Done:
+        break;
+    }
+    if (m_trace)
+        m_trace->command(address(), values[0], values[1]);
+    publish();
+    return Refusal::None;
+}
+
+/// Makes the model's registers those that replies are made from. The trace is written under the unit's lock,
+/// so that no reply can carry a value that the trace does not hold yet.
+void SimulatedUnit::publish()
+{
+    const RegisterImage& now = m_model.image();
+    const bool buzzerOn = m_model.state().buzzerOn;
+    if (m_trace) {
+        m_trace->points(address(), now, &m_published);
+        if (buzzerOn != m_buzzerPublished)
+            m_trace->buzzer(address(), buzzerOn);
+    }
+    std::copy(now.alarms.begin(), now.alarms.end(), m_mapping->tab_input_bits);
+    std::copy(now.inputs.begin(), now.inputs.end(), m_mapping->tab_input_registers);
+    std::copy(now.settings.begin(), now.settings.end(), m_mapping->tab_registers);
+    m_published = now;
+    m_buzzerPublished = buzzerOn;
+}
+
+} // namespace simulation
