@@ -1,0 +1,61 @@
+#include "stopsignals.h"
+
+#include <QSocketNotifier>
+
+#include <csignal>
+#include <cstdlib>
+
+#include <sys/socket.h>
+#include <unistd.h>
+
+namespace {
+
+constexpr int stoppingSignals[] = {SIGINT, SIGTERM, SIGHUP};
+constexpr int signalStatusBase = 128; // how a shell reports a process that a signal ended
+
+// A handler may only write to a descriptor; the event loop reads the other end.
+int handlerEnd = -1;
+int loopEnd = -1;
+volatile std::sig_atomic_t isStopping = 0;
+
+void handleSignal(int number)
+{
+    if (isStopping)
+        ::_exit(signalStatusBase + number);
+    isStopping = 1;
+    const char byte = 0;
+    if (::write(handlerEnd, &byte, 1) != 1)
+        ::_exit(signalStatusBase + number);
+}
+
+} // namespace
+
+StopSignals::StopSignals(QObject* parent)
+    : QObject(parent)
+{
+    int ends[2] = {};
+    if (::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends) != 0)
+        qFatal("no socket pair for the signal handler");
+    handlerEnd = ends[0];
+    loopEnd = ends[1];
+    m_notifier = new QSocketNotifier(loopEnd, QSocketNotifier::Read, this);
+    connect(m_notifier, &QSocketNotifier::activated, this, [this] {
+        m_notifier->setEnabled(false); // once is enough; the byte stays unread
+        emit stopRequested();
+    });
+
+    struct sigaction action = {};
+    action.sa_handler = handleSignal;
+    action.sa_flags = SA_RESTART;
+    for (const int number : stoppingSignals)
+        ::sigaction(number, &action, nullptr);
+    std::signal(SIGPIPE, SIG_IGN);
+}
+
+StopSignals::~StopSignals()
+{
+    for (const int number : stoppingSignals)
+        std::signal(number, SIG_DFL);
+    ::close(handlerEnd);
+    ::close(loopEnd);
+}

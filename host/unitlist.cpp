@@ -1,0 +1,188 @@
+#include "unitlist.h"
+
+#include <QCoreApplication>
+#include <QFile>
+#include <QFileInfo>
+#include <QSettings>
+
+#include <algorithm>
+#include <climits>
+
+namespace {
+
+/// A key that holds a whole number, and the values that make sense.
+struct NumericKey
+{
+    const char* key;
+    int minimum;
+    int maximum;
+};
+
+// clang-format off
+constexpr NumericKey numericKeys[] = {
+    {"addr",           0,    255}, // a TCP gateway may want 0 or 255
+    {"retries",        0,   1000},
+    {"protocol", INT_MIN, INT_MAX},
+    {"interval",       0,  86400}, // seconds
+    {"commType",       0,      1}, // serial line, TCP
+    {"port",           1,  65535},
+};
+// clang-format on
+
+constexpr int maxSerialAddress = 247; // 0 is the broadcast, which nobody answers; the rest is reserved
+
+/// Lines of an INI file as people count them. QSettings knows neither their order nor their numbers.
+struct IniLines
+{
+    QStringList sections; // in the order of the file
+    int firstBadLine = 0; // 0 when none is
+};
+
+IniLines scanLines(const QString& fileName)
+{
+    IniLines result;
+    QFile file(fileName);
+    if (!file.open(QIODevice::ReadOnly | QIODevice::Text))
+        return result;
+    for (int number = 1; !file.atEnd(); ++number) {
+        const QByteArray line = file.readLine().trimmed();
+        if (line.startsWith('[') && line.endsWith(']'))
+            result.sections += QString::fromLatin1(line.mid(1, line.size() - 2).trimmed());
+        else if (result.firstBadLine == 0 && !line.isEmpty() && !line.startsWith(';') &&
+                 !line.startsWith('#') && !line.contains('='))
+            result.firstBadLine = number;
+    }
+    return result;
+}
+
+// The group that a key belongs to; the event selection lies in a group of its own inside the unit's.
+QString unitOfKey(const QString& key)
+{
+    QString unit = key.section(QLatin1Char('/'), 0, -2);
+    const QString selection = QStringLiteral("/eventChooseList");
+    if (unit.endsWith(selection))
+        unit.chop(selection.size());
+    return unit;
+}
+
+QStringList unitNames(const QSettings& settings, const QStringList& sectionOrder)
+{
+    QStringList names;
+    const QStringList keys = settings.allKeys();
+    for (const QString& key : keys)
+        names += unitOfKey(key);
+    names.removeAll(QString()); // keys that stand outside any group are nobody's
+    names.removeDuplicates();
+    const auto position = [&](const QString& name) {
+        const int index = sectionOrder.indexOf(name);
+        return index < 0 ? sectionOrder.size() : index;
+    };
+    std::stable_sort(names.begin(), names.end(),
+                     [&](const QString& a, const QString& b) { return position(a) < position(b); });
+    return names;
+}
+
+QString textOf(const QVariant& value)
+{
+    return value.toStringList().join(QLatin1Char(','));
+}
+
+QString numberError(const QSettings& settings, const QString& key, int minimum, int maximum)
+{
+    if (!settings.contains(key))
+        return {};
+    bool isNumber = false;
+    const QVariant value = settings.value(key);
+    const int number = value.toInt(&isNumber);
+    if (isNumber && number >= minimum && number <= maximum)
+        return {};
+    const QString range =
+        minimum == INT_MIN ? QString() : QStringLiteral(" from %1 to %2").arg(minimum).arg(maximum);
+    return QStringLiteral("%1=%2: a whole number%3 is needed").arg(key, textOf(value), range);
+}
+
+QString transportError(const QSettings& settings, const QString& prefix)
+{
+    const bool isTcp = settings.value(prefix + QLatin1String("commType")).toInt() == 1;
+    const QString key = prefix + (isTcp ? QLatin1String("ipAddr") : QLatin1String("portName"));
+    // As the plugin reads it: an unquoted comma makes a list, whose text is empty.
+    if (!settings.value(key).toString().isEmpty())
+        return isTcp ? QString() : numberError(settings, prefix + QLatin1String("addr"), 1, maxSerialAddress);
+    return isTcp ? QStringLiteral("%1 is missing: a unit on TCP (commType=1) needs its host").arg(key)
+                 : QStringLiteral("%1 is missing: name the serial port, or set commType=1 for TCP").arg(key);
+}
+
+QString settingsError(const QSettings& settings, const QString& unitName)
+{
+    const QString prefix = unitName + QLatin1Char('/');
+    for (const NumericKey& row : numericKeys) {
+        QString error = numberError(settings, prefix + QLatin1String(row.key), row.minimum, row.maximum);
+        if (!error.isEmpty())
+            return error;
+    }
+    return transportError(settings, prefix);
+}
+
+QString fileError(const QString& file)
+{
+    const QFileInfo info(file);
+    if (!info.exists())
+        return QStringLiteral("no such file");
+    if (!info.isFile())
+        return QStringLiteral("not a file");
+    if (!info.isReadable())
+        return QStringLiteral("permission denied");
+    return {};
+}
+
+QString contentError(const QSettings& settings, const IniLines& lines, const QStringList& names)
+{
+    if (settings.status() != QSettings::NoError || lines.firstBadLine != 0)
+        return lines.firstBadLine == 0
+                   ? QStringLiteral("not a valid INI file")
+                   : QStringLiteral("line %1 is neither [section] nor key=value").arg(lines.firstBadLine);
+    // [General] means "no group" to QSettings, so the plugin would not find the keys of a unit of that name.
+    if (settings.contains(QStringLiteral("portName")) || settings.contains(QStringLiteral("ipAddr")))
+        return QStringLiteral("a unit's keys need a section of their own, and its name cannot be [General]");
+    if (names.isEmpty())
+        return QStringLiteral("no unit in it: add a section with the unit's name and its keys");
+    for (const QString& name : names) {
+        QString error = settingsError(settings, name);
+        if (!error.isEmpty())
+            return error;
+    }
+    return {};
+}
+
+} // namespace
+
+QString unitlist::defaultFile()
+{
+    return QCoreApplication::applicationDirPath() + QStringLiteral("/PVMX/drovaPanel/db/dev.ini");
+}
+
+UnitList unitlist::read(const QString& file)
+{
+    UnitList result;
+    result.error = fileError(file);
+    if (result.error.isEmpty()) {
+        const QSettings settings(file, QSettings::IniFormat);
+        const IniLines lines = scanLines(file);
+        result.names = unitNames(settings, lines.sections);
+        result.error = contentError(settings, lines, result.names);
+    }
+    if (!result.error.isEmpty())
+        return {{}, QString(file + QStringLiteral(": ") + result.error)};
+    return result;
+}
+
+UnitList unitlist::select(const QStringList& configured, const QStringList& wanted)
+{
+    for (const QString& name : wanted) {
+        if (!configured.contains(name))
+            return {{},
+                    QStringLiteral("unknown unit \"%1\"; configured: %2")
+                        .arg(name, configured.join(QStringLiteral(", ")))};
+    }
+    return {wanted.isEmpty() ? configured : wanted, {}};
+}

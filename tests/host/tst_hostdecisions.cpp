@@ -1,0 +1,245 @@
+// What the host decides without a thread, a process or a plugin.
+
+#include "eventqueue.h"
+#include "hostoptions.h"
+#include "recordjson.h"
+#include "recordtext.h"
+#include "unitlist.h"
+
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QTemporaryDir>
+#include <QtTest>
+
+#include <limits>
+
+namespace {
+
+using DataMap = QMap<int, QVariant>;
+
+QVariantMap makeRecord(std::initializer_list<std::pair<QString, QVariant>> entries)
+{
+    QVariantMap record{{QStringLiteral("timeStr"), QStringLiteral("2024-03-05 07:08:09")}};
+    for (const auto& entry : entries)
+        record.insert(entry.first, entry.second);
+    return record;
+}
+
+QVariantMap dataRecord(const DataMap& data)
+{
+    return makeRecord({{QStringLiteral("data"), QVariant::fromValue(data)}});
+}
+
+} // namespace
+
+class HostDecisionsTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void refusesOptions_data()
+    {
+        QTest::addColumn<QStringList>("arguments");
+        QTest::addColumn<QString>("expected");
+        const auto row = [](const char* arguments, const char* expected) {
+            QTest::newRow(arguments) << QString::fromLatin1(arguments).split(QLatin1Char(' '))
+                                     << QString::fromLatin1(expected);
+        };
+        row("--seconds 5s", "--seconds 5s");
+        row("--seconds -1", "--seconds -1");
+        row("--seconds 99999999", "--seconds");
+        row("--units A,,B", "--units");
+        row("--control A,on,1", "UNIT,ID,VALUE");
+        row("--control A,1009", "UNIT,ID,VALUE");
+        row("--control A,99999999999,", "UNIT,ID,VALUE");
+        row("--nonsense", "nonsense");
+        row("--json surplus", "surplus");
+        row("--plugin", "plugin");
+    }
+    void refusesOptions()
+    {
+        QFETCH(QStringList, arguments);
+        QFETCH(QString, expected);
+        const QString error = parseOptions(QStringList(QStringLiteral("ups-host")) + arguments).error;
+        QVERIFY2(error.contains(expected), qPrintable(error));
+        QVERIFY(!error.contains(QLatin1Char('\n')));
+    }
+
+    void readsControls()
+    {
+        const ParsedOptions parsed =
+            parseOptions({QStringLiteral("ups-host"), QStringLiteral("--control"), QStringLiteral("A,1009,"),
+                          QStringLiteral("--control=A, B,2016,3000,5"), QStringLiteral("--units"),
+                          QStringLiteral("B, A")});
+        QCOMPARE(parsed.error, QString());
+        QCOMPARE(parsed.options.controls.size(), 2);
+        QCOMPARE(parsed.options.controls[0].value, QString());
+        QCOMPARE(parsed.options.controls[1].unitName, QStringLiteral("A, B"));
+        QCOMPARE(parsed.options.controls[1].id, 2016);
+        QCOMPARE(parsed.options.controls[1].value, QStringLiteral("3000,5"));
+        QCOMPARE(parsed.options.unitNames, QStringList({QStringLiteral("B"), QStringLiteral("A")}));
+    }
+
+    void readsUnits_data()
+    {
+        QTest::addColumn<QByteArray>("text");
+        QTest::addColumn<QString>("names");
+        QTest::addColumn<QString>("error"); // a part of it
+        const auto row = [](const char* name, const char* text, const char* names, const char* error = "") {
+            QTest::newRow(name) << QByteArray(text) << QString::fromLatin1(names)
+                                << QString::fromLatin1(error);
+        };
+        row("file order", "; c\n[Z]\nportName=p\n[A]\ncommType=1\nipAddr=h\naddr=255\n", "Z|A");
+        row("nested name, selection only inside it", "[s/A]\nportName=p\neventChooseList\\3=1\n", "s/A");
+        row("group without a key is no unit", "[A]\n[B]\nportName=p\n", "B");
+        row("empty", "", "", "no unit");
+        row("no group", "portName=p\n", "", "[General]");
+        row("address not a number", "[A]\nportName=p\naddr=one\n", "", "A/addr=one");
+        row("broadcast on a line", "[A]\nportName=p\naddr=0\n", "", "A/addr=0");
+        row("port out of range", "[A]\ncommType=1\nipAddr=h\nport=65536\n", "", "A/port=65536");
+        row("empty interval", "[A]\nportName=p\ninterval=\n", "", "A/interval=");
+        row("value is a list", "[A]\nportName=p\nretries=5,6\n", "", "A/retries=5,6");
+        row("unknown transport", "[A]\nportName=p\ncommType=2\n", "", "A/commType=2");
+        row("serial without port", "[A]\naddr=1\n", "", "A/portName is missing");
+        row("port name is a list", "[A]\nportName=a,b\n", "", "A/portName is missing");
+        row("TCP without host", "[A]\ncommType=1\nportName=p\n", "", "A/ipAddr is missing");
+        row("second unit wrong", "[A]\nportName=p\n[B]\nx=1\n", "", "B/portName");
+        row("not an INI file", "[A]\nportName=p\n\nhello\n", "", "line 4");
+    }
+    void readsUnits()
+    {
+        QFETCH(QByteArray, text);
+        const QTemporaryDir folder;
+        const QString name = folder.filePath(QStringLiteral("dev.ini"));
+        QFile file(name);
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write(text);
+        file.close();
+
+        const UnitList units = unitlist::read(name);
+        QTEST(units.names.join(QLatin1Char('|')), "names");
+        QFETCH(QString, error);
+        QCOMPARE(units.error.isEmpty(), error.isEmpty());
+        QVERIFY2(units.error.contains(error), qPrintable(units.error));
+        QVERIFY(error.isEmpty() || units.error.startsWith(name));
+    }
+
+    void refusesMissingFileAndFolder()
+    {
+        const QTemporaryDir folder;
+        QVERIFY(unitlist::read(folder.filePath(QStringLiteral("dev.ini")))
+                    .error.contains(QLatin1String("no such")));
+        QVERIFY(unitlist::read(folder.path()).error.contains(QLatin1String("not a file")));
+    }
+
+    void describesEvents_data()
+    {
+        QTest::addColumn<int>("type");
+        QTest::addColumn<int>("alarmId");
+        QTest::addColumn<int>("alarmState");
+        QTest::addColumn<QString>("expected");
+        const auto row = [](int type, int id, int state, const char* expected) {
+            QTest::addRow("%d %d %d", type, id, state)
+                << type << id << state << QString::fromLatin1(expected);
+        };
+        row(1040, 0, 1, "communication established");
+        row(1041, 0, 1, "no answer: communication lost");
+        row(2001, 0, 1, ""); // echo
+        row(2006, 0, 1, "alarm appeared: 0 Fan");
+        row(2006, 2, 0, "alarm cleared:  2 Fan gone");
+        row(2006, 2, 5, "alarm cleared:  2 Fan gone (state 5)");
+        row(2006, 1, 1, "alarm appeared: event 1"); // reserved
+        row(2006, -1, 1, "alarm appeared: event -1");
+        row(2007, 0, 1, "");
+        row(2009, 0, 4, "status point 2368 is now 4");
+        row(2010, 0, 0, "status point 2022 is now 0");
+        row(1029, 0, 0, "event of type 1029");
+    }
+    void describesEvents()
+    {
+        QFETCH(int, type);
+        QFETCH(int, alarmId);
+        QFETCH(int, alarmState);
+        // Every record carries the keys of an alarm, as those of a report do.
+        const QVariantMap record =
+            makeRecord({{QStringLiteral("alarmId"), alarmId}, {QStringLiteral("alarmState"), alarmState}});
+        const QStringList texts{QStringLiteral("Fan"), QString(), QStringLiteral("Fan gone"), QString()};
+        QTEST(recordtext::describe(type, record, texts), "expected");
+        QCOMPARE(recordtext::timeOf(record), QStringLiteral("07:08:09"));
+    }
+
+    void neverShowsOldValuesAsLive()
+    {
+        const DataMap data{{4111, 96.0F}};
+        const QStringList logRow{QStringLiteral("220.0")};
+        UnitState state;
+        const auto status = [&] { return recordtext::status(state, logRow); };
+
+        state.apply(2007, dataRecord(data));
+        QCOMPARE(status(), QStringLiteral("no answer yet"));
+        state.apply(1041, makeRecord({}));
+        QCOMPARE(status(), QStringLiteral("no answer yet"));
+        state.apply(1040, makeRecord({}));
+        QVERIFY(!status().contains(QLatin1String("220.0")));
+        state.apply(2007, dataRecord(data));
+        QVERIFY(status().contains(QLatin1String("220.0")) && status().endsWith(QLatin1String(" 96 %")));
+        state.apply(1041, makeRecord({}));
+        state.apply(2007, dataRecord(data)); // reports go on while the unit is lost
+        QCOMPARE(status(), QStringLiteral("no answer since 07:08:09"));
+        QVERIFY(state.liveData().isEmpty());
+        state.apply(1040, makeRecord({}));
+        QCOMPARE(status(), QStringLiteral("waiting for values"));
+    }
+
+    // While nobody takes the events, only values that newer ones have overtaken are dropped.
+    void queueKeepsAllButOvertakenValues()
+    {
+        EventQueue queue;
+        constexpr int reports = 1000;
+        for (int i = 0; i < reports; ++i) {
+            QCOMPARE(queue.append({2007, {{QStringLiteral("n"), i}}}), i == 0);
+            if (i % 10 == 0)
+                queue.append({2006, {{QStringLiteral("n"), i}}});
+        }
+        const QVector<UnitEvent> events = queue.takeAll();
+        QVERIFY(events.size() < reports / 10 + EventQueue::fullLength);
+        QCOMPARE(events.last().record.value(QStringLiteral("n")).toInt(), reports - 1);
+        int alarm = 0;
+        int last = -1;
+        for (const UnitEvent& event : events) {
+            const int n = event.record.value(QStringLiteral("n")).toInt();
+            QVERIFY(n >= last); // in order
+            last = n;
+            if (event.type == 2006)
+                QCOMPARE(n, 10 * alarm++);
+        }
+        QCOMPARE(alarm, reports / 10);
+        QVERIFY(queue.append({2006, {}}));
+    }
+
+    void writesJson()
+    {
+        QVariantMap record = dataRecord({{4133, 219.95F}, {2000, 1.0F}, {-1, std::nanf("")}});
+        record.insert(QStringLiteral("model"), QByteArray("M\xe9\0x", 4));
+        record.insert(QStringLiteral("bytes"), QByteArray("\x01\x02", 2));
+        const QByteArray line = recordjson::eventLine(QStringLiteral("a\"\n\u00e9"), 2007, record);
+        QVERIFY(!line.contains('\n'));
+        QVERIFY(line.contains("\"4133\":219.95,") || line.contains("\"4133\":219.95}"));
+
+        QJsonParseError error;
+        const QJsonObject event = QJsonDocument::fromJson(line, &error).object();
+        QCOMPARE(error.error, QJsonParseError::NoError);
+        QCOMPARE(event[QLatin1String("unit")].toString(), QStringLiteral("a\"\n\u00e9"));
+        QCOMPARE(event[QLatin1String("type")].toInt(), 2007);
+        const QJsonObject written = event[QLatin1String("record")].toObject();
+        QCOMPARE(written[QLatin1String("model")].toString(), QStringLiteral("M\u00e9"));
+        QCOMPARE(written[QLatin1String("bytes")].toString(), QStringLiteral("0102"));
+        const QJsonObject points = written[QLatin1String("data")].toObject();
+        QCOMPARE(points.keys().size(), 3);
+        QCOMPARE(points[QLatin1String("2000")].toInt(), 1);
+        QVERIFY(points[QLatin1String("-1")].isNull());
+    }
+};
+
+QTEST_GUILESS_MAIN(HostDecisionsTest)
+#include "tst_hostdecisions.moc"
