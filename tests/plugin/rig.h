@@ -1,0 +1,51 @@
+#pragma once
+
+#include <QJsonObject>
+#include <QList>
+#include <QProcess>
+#include <QTemporaryDir>
+
+#include <map>
+#include <memory>
+
+/// A folder with copies of everything that runs, simulated units and a host in it. One for each test, so
+/// that tests share no configuration, port or log.
+class Rig
+{
+public:
+    Rig();
+    ~Rig();
+
+    /// Starts simulated units and waits for their ready line; returns it. The key names the process.
+    QString startUnits(const QString& key, const QStringList& arguments);
+    /// Kills a simulator as a power cut would.
+    void killUnits(const QString& key);
+
+    /// Writes dev.ini; one list of lines for each unit, its first line the name in brackets.
+    void writeUnits(const QStringList& lines);
+    void writeFile(const QString& name, const QByteArray& content);
+
+    /// Starts the host with JSON output.
+    void startHost(const QStringList& arguments);
+    /// Reads what the host has printed; true once an event of this unit and type is among it (since the
+    /// start or the last forget()).
+    bool hasEvent(const QString& unit, int type);
+    QList<QJsonObject> events(const QString& unit, int type);
+    void forget();
+    /// Ends the host by SIGTERM unless it ends by itself; its exit code.
+    int stopHost();
+    int waitForHost(int timeoutMs);
+
+    /// The lines of a trace file of the simulator.
+    QList<QJsonObject> trace(const QString& file) const;
+    QString path(const QString& name) const { return m_folder.filePath(name); }
+
+private:
+    void readHost();
+
+    QTemporaryDir m_folder;
+    std::map<QString, std::unique_ptr<QProcess>> m_units;
+    QProcess m_host;
+    QByteArray m_unread;
+    QList<QJsonObject> m_events;
+};
