@@ -58,7 +58,7 @@ bool parseDate(char* text, RegisterWrite& write)
         int min, max;
     };
     constexpr Range ranges[] = {{0, 99}, {1, 12}, {1, 31}, {0, 23}, {0, 59}, {0, 59}};
-    auto value = write.values.begin();
+    std::size_t field = 0;
     for (const Range& range : ranges) {
         if (!text)
             return false;
@@ -66,7 +66,7 @@ bool parseDate(char* text, RegisterWrite& write)
         const std::optional<int> number = numberWithin(text, range.min, range.max);
         if (!number)
             return false;
-        *value++ = static_cast<std::uint16_t>(*number);
+        write.values[field++] = static_cast<std::uint16_t>(*number);
         text = rest;
     }
     return !text && write.values[2] <= daysInMonth(write.values[0], write.values[1]);

@@ -1,6 +1,7 @@
 #include "transaction.h"
 
 #include <algorithm>
+#include <thread>
 
 namespace driver {
 
@@ -18,6 +19,9 @@ constexpr int maxHastyReads = 32;
 constexpr int headLength = 2;
 /// Small, since a read can only be left when it is complete or the line is silent.
 constexpr int drainLength = 32;
+/// On a serial line frames are told apart by 3.5 byte times of silence: 32 ms at 1200 baud, the slowest.
+constexpr double gapInBytes = 3.5;
+constexpr std::chrono::milliseconds maxGap{40};
 
 } // namespace
 
@@ -33,9 +37,18 @@ ReplyError Transaction::run(const Request& request)
     const int length = receive(request);
     const ReplyError error = length > 0 ? checkReply(request, m_buffer.data(), length) : ReplyError::NoAnswer;
     // An exception is a sound reply: nothing follows it.
-    if (error != ReplyError::None && error != ReplyError::Exception)
+    if (error == ReplyError::None || error == ReplyError::Exception)
+        keepFrameGap();
+    else
         drain();
     return error;
+}
+
+/// The line's speed is the port's affair, so the gap follows from the pace at which the reply came in.
+void Transaction::keepFrameGap() const
+{
+    const std::chrono::duration<double> gap = m_timePerByte * gapInBytes;
+    std::this_thread::sleep_for(std::min<std::chrono::duration<double>>(gap, maxGap));
 }
 
 bool Transaction::send(const Request& request)
@@ -85,8 +98,8 @@ int Transaction::read(int offset, int wanted)
     const int count = m_port.readEntry(&m_port, reinterpret_cast<char*>(m_buffer.data()) + offset, wanted);
     const Clock::duration took = Clock::now() - begin;
     m_lineSilent = isSilence(count, took);
-    if (count > 0)
-        m_timePerByte = took / count;
+    if (count > 0) // more than was asked for: a whole frame, which has no pace
+        m_timePerByte = count > wanted ? Clock::duration::zero() : took / count;
     return std::min(count, maxReadLength);
 }
 

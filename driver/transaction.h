@@ -43,6 +43,7 @@ private:
 
     bool send(const Request& request);
     int receive(const Request& request);
+    void keepFrameGap() const;
     void drain();
     int read(int offset, int wanted);
     bool isSilence(int count, Clock::duration took);

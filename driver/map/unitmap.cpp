@@ -84,8 +84,10 @@ float valueOf(const Row& row, std::uint16_t raw)
     switch (row.kind) {
     case Kind::Signed:
         return static_cast<float>(static_cast<std::int16_t>(raw)) / static_cast<float>(row.divisor);
-    case Kind::WholeUnits:
-        return static_cast<float>(raw / row.divisor);
+    case Kind::WholeUnits: {
+        const int wholeUnits = raw / row.divisor;
+        return static_cast<float>(wholeUnits);
+    }
     case Kind::Unsigned:
     case Kind::Text:
     case Kind::Date:

@@ -56,6 +56,7 @@ private slots:
     void tellsFaultsApart();
     void endsInTime_data();
     void endsInTime();
+    void leavesAGapBetweenFrames();
     void neverReportsAWrongValue_data();
     void neverReportsAWrongValue();
     void refusesUnusablePorts();
@@ -212,7 +213,7 @@ void TestDriver::endsInTime()
     int reads = 0;
     unit.reader = [&](char* buffer, int length) {
         ++reads;
-        QThread::msleep(static_cast<unsigned long>(msPerByte * (answer < 0 ? 1 : length)));
+        QThread::msleep(static_cast<unsigned long>(msPerByte) * (answer < 0 ? 1U : unsigned(length)));
         std::fill(buffer, buffer + length, '\x55');
         return answer < 0 ? answer : length;
     };
@@ -222,6 +223,20 @@ void TestDriver::endsInTime()
     QCOMPARE(error, answer < 0 ? E::NoAnswer : E::BadCrc);
     QVERIFY2(timer.elapsed() < 1500, qPrintable(QString::number(timer.elapsed())));
     QVERIFY2(reads >= leastReads && (answer == 0 || reads < 100), qPrintable(QString::number(reads)));
+}
+
+void TestDriver::leavesAGapBetweenFrames()
+{
+    constexpr int msPerByte = 3;
+    FakeUnit unit(Line::Serial);
+    QElapsedTimer silence;
+    unit.reader = [&](char* buffer, int length) {
+        QThread::msleep(static_cast<unsigned long>(msPerByte * length));
+        silence.start();
+        return unit.read(buffer, length);
+    };
+    QCOMPARE(Control(&unit, 1, "17,", nullptr), int(driver::Done));
+    QVERIFY2(silence.elapsed() >= msPerByte * 3.5 - 1, qPrintable(QString::number(silence.elapsed())));
 }
 
 void TestDriver::neverReportsAWrongValue_data()
