@@ -1,6 +1,5 @@
-# One INTERFACE target carries the standard, the warnings and the Qt defines for everything of ours.
+# One INTERFACE target carries the warnings and the Qt defines for everything of ours.
 add_library(common INTERFACE)
-target_compile_features(common INTERFACE cxx_std_17)
 target_compile_options(common INTERFACE
   -Wall -Wextra -pedantic -Wold-style-cast -Wnon-virtual-dtor -Woverloaded-virtual -Wshadow)
 target_compile_definitions(common INTERFACE
