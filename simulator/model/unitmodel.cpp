@@ -161,7 +161,7 @@ void UnitModel::stepLoad(double seconds)
     const bool supplied = m_state.path != OutputPath::None;
     const bool onBypass = m_state.path == OutputPath::Bypass;
     for (std::size_t phase = 0; phase < 3; ++phase) {
-        const double offset = static_cast<double>(phase);
+        const auto offset = static_cast<double>(phase);
         const double swing =
             std::sin(2 * pi * (static_cast<double>(m_elapsedMs) / 97000.0 + 0.3 * m_identity.address));
         const double wander = m_loadWander[phase].step(seconds, m_random);

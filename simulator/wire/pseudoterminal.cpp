@@ -9,6 +9,7 @@
 #include <cstring>
 #include <fcntl.h>
 #include <sys/inotify.h>
+#include <system_error>
 #include <termios.h>
 
 namespace simulation {
@@ -44,7 +45,7 @@ bool isServed(const QByteArray& slaveName)
 
 QString systemReason()
 {
-    return QString::fromLocal8Bit(std::strerror(errno));
+    return QString::fromStdString(std::generic_category().message(errno));
 }
 
 } // namespace

@@ -5,11 +5,11 @@
 #include <arpa/inet.h>
 #include <array>
 #include <cerrno>
-#include <cstring>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
 #include <poll.h>
 #include <sys/socket.h>
+#include <system_error>
 
 namespace simulation {
 
@@ -53,7 +53,8 @@ std::unique_ptr<TcpServer> TcpServer::listen(const QString& address, int port, R
     else
         *error =
             QStringLiteral("cannot listen on port %2 of %1: %3: choose another --tcp port or --bind address")
-                .arg(address, QString::number(port), QString::fromLocal8Bit(std::strerror(errno)));
+                .arg(address, QString::number(port),
+                     QString::fromStdString(std::generic_category().message(errno)));
     return nullptr;
 }
 

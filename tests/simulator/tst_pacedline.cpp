@@ -13,7 +13,6 @@ class TestPacedLine : public QObject
 private slots:
     void frameEndsWithSilence();
     void delaysDoNotAddUp();
-    void unpacedDeliversAtOnce();
 };
 
 namespace {
@@ -69,19 +68,6 @@ void TestPacedLine::delaysDoNotAddUp()
     const nanoseconds wire = (character * (8 + 255) + silence) * 100;
     QVERIFY(now - start >= wire);
     QVERIFY(now - start < wire + milliseconds(1));
-}
-
-void TestPacedLine::unpacedDeliversAtOnce()
-{
-    PacedLine line(0);
-    const Bytes request(8, 1);
-    line.receive(start, request.data(), request.size());
-    const PacedLine::Time end = line.nextEvent().value();
-    QVERIFY(end - start <= milliseconds(1));
-    QVERIFY(line.takeFrame(end) == request);
-    line.send(Bytes(250, 2));
-    QVERIFY(line.takeArrived(line.nextEvent().value()) == Bytes(250, 2));
-    QVERIFY(!line.nextEvent());
 }
 
 QTEST_APPLESS_MAIN(TestPacedLine)

@@ -12,6 +12,7 @@
 #include <csignal>
 #include <cstdio>
 #include <fcntl.h>
+#include <sys/ioctl.h>
 #include <termios.h>
 #include <unistd.h>
 
@@ -280,6 +281,8 @@ void TestUpsSim::clientsComeAndGo()
         edited.c_oflag |= OPOST | ONLCR;
         ::tcsetattr(port, TCSANOW, &edited);
         QCOMPARE(::write(port, request.constData(), size_t(request.size())), ssize_t(request.size()));
+        int unread = 0;
+        QTRY_VERIFY(::ioctl(port, FIONREAD, &unread) == 0 && unread == 7);
         ::close(port);
     }
     QCOMPARE(poll(pollArguments).value(17), 40);
