@@ -72,8 +72,9 @@ struct PortSettings
     ParityType Parity = ParityNone;
     StopBitsType StopBits = StopBits1;
     FlowType FlowControl = FlowOff;
-    qint64 Timeout =
-        1000; ///< how long a read waits for the next byte, ms; in force in steps of 100 up to 25500
-    qint64 TimeoutSeconds = 1; ///< the same, split
+    /// How long a read waits for the next byte, ms; in force in steps of 100 up to 25500.
+    qint64 Timeout = 1000;
+    // The same, split.
+    qint64 TimeoutSeconds = 1;
     qint64 TimeoutRestMs = 0;
 };

@@ -279,8 +279,8 @@ void SerialPort::applySettings()
         warn(outcome);
 }
 
-// A device may refuse a setting that it cannot do, as pseudo-terminals do with character sizes: no reason not to
-// use it. One that has vanished is closed.
+// A device may refuse a setting that it cannot do, as pseudo-terminals do with character sizes: no reason not
+// to use it. One that has vanished is closed.
 void SerialPort::writeAttributes(int when)
 {
     if (::tcsetattr(m_file->handle(), when, &m_attributes) == 0)
@@ -290,9 +290,13 @@ void SerialPort::writeAttributes(int when)
     closeIfGone(systemError);
 }
 
-// What a setter ends with.
-void SerialPort::settle(const lineformat::Outcome& outcome)
+// What every setter does: a value that its rule takes is kept and reaches an open line.
+template <typename Value, typename Rule>
+void SerialPort::change(Value PortSettings::*setting, Value value, Rule rule)
 {
+    const lineformat::Outcome outcome = rule(m_inForce, m_attributes, value);
+    if (outcome.taken)
+        m_requested.*setting = value;
     if (!isOpen())
         return;
     warn(outcome);
@@ -302,53 +306,36 @@ void SerialPort::settle(const lineformat::Outcome& outcome)
 
 void SerialPort::setBaudRate(BaudRateType baudRate)
 {
-    const lineformat::Outcome outcome = lineformat::setBaudRate(m_inForce, m_attributes, baudRate);
-    if (outcome.taken)
-        m_requested.BaudRate = baudRate;
-    settle(outcome);
+    change(&PortSettings::BaudRate, baudRate, lineformat::setBaudRate);
 }
 
 void SerialPort::setDataBits(DataBitsType dataBits)
 {
-    const lineformat::Outcome outcome = lineformat::setDataBits(m_inForce, m_attributes, dataBits);
-    if (outcome.taken)
-        m_requested.DataBits = dataBits;
-    settle(outcome);
+    change(&PortSettings::DataBits, dataBits, lineformat::setDataBits);
 }
 
 void SerialPort::setParity(ParityType parity)
 {
-    const ParityType before = m_inForce.Parity;
-    const lineformat::Outcome outcome = lineformat::setParity(m_inForce, m_attributes, parity);
-    if (outcome.taken) {
-        m_requested.Parity = parity;
-        // The bit that stood in for space parity is a data bit from now on, also after the next open.
-        if (before == ParitySpace && parity != ParitySpace)
-            m_requested.DataBits = m_inForce.DataBits;
-    }
-    settle(outcome);
+    const bool hadSpace = m_inForce.Parity == ParitySpace;
+    change(&PortSettings::Parity, parity, lineformat::setParity);
+    // The bit that stood in for space parity is a data bit from now on, also after the next open.
+    if (hadSpace && m_inForce.Parity != ParitySpace)
+        m_requested.DataBits = m_inForce.DataBits;
 }
 
 void SerialPort::setStopBits(StopBitsType stopBits)
 {
-    const lineformat::Outcome outcome = lineformat::setStopBits(m_inForce, m_attributes, stopBits);
-    if (outcome.taken)
-        m_requested.StopBits = stopBits;
-    settle(outcome);
+    change(&PortSettings::StopBits, stopBits, lineformat::setStopBits);
 }
 
 void SerialPort::setFlowControl(FlowType flow)
 {
-    const lineformat::Outcome outcome = lineformat::setFlowControl(m_inForce, m_attributes, flow);
-    if (outcome.taken)
-        m_requested.FlowControl = flow;
-    settle(outcome);
+    change(&PortSettings::FlowControl, flow, lineformat::setFlowControl);
 }
 
 void SerialPort::setTimeout(qint64 timeoutMs)
 {
-    m_requested.Timeout = timeoutMs;
-    settle(lineformat::setTimeout(m_inForce, m_attributes, timeoutMs));
+    change(&PortSettings::Timeout, timeoutMs, lineformat::setTimeout);
 }
 
 void SerialPort::setDtr(bool on)

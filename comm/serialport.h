@@ -136,10 +136,10 @@ private:
     void setPortName(const QString& portName);
     bool openLine();
     bool openFile();
-    void setRawMode();
     void applySettings();
     void writeAttributes(int when);
-    void settle(const lineformat::Outcome& outcome);
+    template <typename Value, typename Rule>
+    void change(Value PortSettings::*setting, Value value, Rule rule);
     void setModemLine(int bit, bool on);
     void closeIfGone(int systemError);
 

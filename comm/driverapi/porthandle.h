@@ -9,7 +9,7 @@ using PortEntry = int (*)(PortHandle* handle, char* buffer, int length);
 /// stack, valid for the call only.
 struct PortHandle
 {
-    void* device;         ///< the open QIODevice, or null
-    PortEntry readEntry;  ///< CommRead or TcpCommRead
-    PortEntry writeEntry; ///< CommWrite or TcpCommWrite
+    void* device = nullptr;         ///< the open QIODevice, or null
+    PortEntry readEntry = nullptr;  ///< CommRead or TcpCommRead
+    PortEntry writeEntry = nullptr; ///< CommWrite or TcpCommWrite
 };

@@ -1,36 +1,39 @@
 #pragma once
 
-#include <QFile>
-#include <QStringList>
+#include <QTemporaryDir>
 #include <QtTest>
 
-#include <mutex>
 #include <poll.h>
 #include <pty.h>
 #include <unistd.h>
 
-/// The far end of a serial line: a pseudo-terminal behind the name "line" in the current directory.
+/// The far end of a serial line: a pseudo-terminal behind the name "line" in a directory of its own, which is
+/// the current one. vanish() and comeBack() pull the device and plug it in again.
 class TestLine
 {
 public:
     TestLine()
+    {
+        QDir::setCurrent(m_dir.path());
+        comeBack();
+    }
+    ~TestLine() { vanish(); }
+    Q_DISABLE_COPY(TestLine)
+
+    void vanish()
+    {
+        QFile::remove(QStringLiteral("line"));
+        ::close(m_master);
+    }
+    void comeBack()
     {
         int slave = -1;
         char path[64] = {};
         if (openpty(&m_master, &slave, path, nullptr, nullptr) != 0)
             qFatal("openpty failed");
         ::close(slave);
-        QFile::link(QString::fromLatin1(path), name());
+        QFile::link(QString::fromLatin1(path), QStringLiteral("line"));
     }
-    ~TestLine()
-    {
-        QFile::remove(name());
-        ::close(m_master);
-    }
-    Q_DISABLE_COPY(TestLine)
-
-    static QString name() { return QStringLiteral("line"); }
-
     /// The attributes of the near end, which a pseudo-terminal shows at both.
     termios attributes() const
     {
@@ -38,6 +41,7 @@ public:
         tcgetattr(m_master, &result);
         return result;
     }
+    int vtime() const { return attributes().c_cc[VTIME]; }
     speed_t speed() const
     {
         const termios now = attributes();
@@ -45,68 +49,26 @@ public:
     }
     bool send(const QByteArray& bytes) const
     {
-        return ::write(m_master, bytes.constData(), static_cast<size_t>(bytes.size())) == bytes.size();
+        return ::write(m_master, bytes, size_t(bytes.size())) == bytes.size();
     }
-    /// count bytes, or what has come when nothing more does for a second.
-    QByteArray receive(int count) const
+    /// What comes until nothing more does for 200 ms.
+    QByteArray receive() const
     {
         QByteArray bytes;
         pollfd line = {m_master, POLLIN, 0};
-        char buffer[4096];
-        while (bytes.size() < count && ::poll(&line, 1, 1000) > 0) {
-            const ssize_t got = ::read(m_master, buffer, sizeof buffer);
-            if (got <= 0)
-                break;
-            bytes.append(buffer, static_cast<int>(got));
-        }
+        for (char byte = 0; ::poll(&line, 1, 200) > 0 && ::read(m_master, &byte, 1) == 1;)
+            bytes.append(byte);
         return bytes;
     }
 
 private:
+    QTemporaryDir m_dir;
     int m_master = -1;
 };
 
-/// Collects what is logged, from any thread, while it lives.
-class Messages
+/// The test fails unless a message that begins so comes.
+inline void expect(QtMsgType type, const QString& beginning)
 {
-public:
-    Messages() { s_before = qInstallMessageHandler(take); }
-    ~Messages()
-    {
-        qInstallMessageHandler(s_before);
-        taken();
-    }
-    Q_DISABLE_COPY(Messages)
-
-    /// All so far, debug lines as "D: ...", others as "W: ...".
-    QStringList taken()
-    {
-        const std::lock_guard<std::mutex> guard(s_mutex);
-        return std::exchange(s_lines, {});
-    }
-
-private:
-    static void take(QtMsgType type, const QMessageLogContext& context, const QString& text)
-    {
-        const std::lock_guard<std::mutex> guard(s_mutex);
-        if (qstrcmp(context.category, "default") == 0)
-            s_lines << QString(QLatin1String(type == QtDebugMsg ? "D: " : "W: ") + text);
-    }
-
-    static inline QtMessageHandler s_before = nullptr;
-    static inline std::mutex s_mutex;
-    static inline QStringList s_lines;
-};
-
-inline void writeFile(const QString& name, const QByteArray& content)
-{
-    QFile file(name);
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    QCOMPARE(file.write(content), qint64(content.size()));
-}
-
-inline QByteArray readFile(const QString& name)
-{
-    QFile file(name);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    const QString pattern = QLatin1Char('^') + QRegularExpression::escape(beginning);
+    QTest::ignoreMessage(type, QRegularExpression(pattern));
 }
