@@ -73,7 +73,7 @@ void HeadlessRunner::takeEvent(UnitSession& session, int type, const QVariantMap
     } else {
         const QString text = recordtext::describe(type, record, m_eventTexts);
         if (!text.isEmpty())
-            printLine(recordtext::timeOf(record), session.name(), text);
+            printLine(session.name(), text);
     }
     if (type == EventType::Communicating && m_loop.isRunning()) // a stopped unit would not take them
         sendControls(session);
@@ -91,8 +91,7 @@ void HeadlessRunner::sendControls(UnitSession& session)
         }
         session.collector().control(request.id, request.value); // queues it and returns
         if (!m_options.isJson)
-            printLine(recordtext::timeOf({}), session.name(),
-                      QStringLiteral("command %1 queued").arg(request.id));
+            printLine(session.name(), QStringLiteral("command %1 queued").arg(request.id));
     }
     m_controlsToSend = others;
 }
@@ -101,18 +100,20 @@ void HeadlessRunner::printStatus()
 {
     if (m_options.isJson)
         return;
-    const QString now = recordtext::timeOf({});
     for (const auto& session : m_sessions) {
         const UnitState& state = session->state();
         const QStringList row = session->collector().changeLogData(state.liveData());
-        printLine(now, session->name(), recordtext::status(state, row));
+        printLine(session->name(), recordtext::status(state, row));
     }
     if (!m_output.isOpen())
         stop();
 }
 
-void HeadlessRunner::printLine(const QString& time, const QString& unitName, const QString& text)
+// The time is that of printing: a record carries the time at which its cycle began, and lines that go back
+// in time are hard to read.
+void HeadlessRunner::printLine(const QString& unitName, const QString& text)
 {
+    const QString time = QTime::currentTime().toString(QStringLiteral("hh:mm:ss"));
     const QString line =
         time + QLatin1Char(' ') + unitName.leftJustified(m_nameWidth) + QStringLiteral("  ") + text;
     m_output.write(line.toUtf8());

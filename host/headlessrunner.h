@@ -38,7 +38,7 @@ private:
     void takeEvent(UnitSession& session, int type, const QVariantMap& record);
     void sendControls(UnitSession& session);
     void printStatus();
-    void printLine(const QString& time, const QString& unitName, const QString& text);
+    void printLine(const QString& unitName, const QString& text);
     void stopUnits();
     ExitCode result() const;
 

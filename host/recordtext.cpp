@@ -2,8 +2,6 @@
 
 #include "eventtype.h"
 
-#include <QTime>
-
 namespace {
 
 // The columns of the plugin's data-log row that a line of key values shows.
@@ -98,12 +96,6 @@ QString recordtext::describe(int type, const QVariantMap& record, const QStringL
     default:
         return QStringLiteral("event of type %1").arg(type);
     }
-}
-
-QString recordtext::timeOf(const QVariantMap& record)
-{
-    const QString time = timePart(record.value(QStringLiteral("timeStr")).toString());
-    return time.isEmpty() ? QTime::currentTime().toString(QStringLiteral("hh:mm:ss")) : time;
 }
 
 QString recordtext::status(const UnitState& state, const QStringList& logRow)

@@ -11,9 +11,6 @@ namespace recordtext {
 /// the echoes of other events). eventTexts are the plugin's, by event code.
 QString describe(int type, const QVariantMap& record, const QStringList& eventTexts);
 
-/// When it happened, "hh:mm:ss"; now for a record that does not say.
-QString timeOf(const QVariantMap& record);
-
 /// How the unit is. logRow is the plugin's data-log row made from the live values.
 QString status(const UnitState& state, const QStringList& logRow);
 

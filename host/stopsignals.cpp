@@ -2,8 +2,9 @@
 
 #include <QSocketNotifier>
 
+#include <atomic>
+#include <cerrno>
 #include <csignal>
-#include <cstdlib>
 
 #include <sys/socket.h>
 #include <unistd.h>
@@ -16,16 +17,26 @@ constexpr int signalStatusBase = 128; // how a shell reports a process that a si
 // A handler may only write to a descriptor; the event loop reads the other end.
 int handlerEnd = -1;
 int loopEnd = -1;
-volatile std::sig_atomic_t isStopping = 0;
+// Atomic, because two signals may run their handlers on two threads at once.
+std::atomic<bool> isStopping{false};
+static_assert(ATOMIC_BOOL_LOCK_FREE == 2, "a handler must not wait for a lock");
 
 void handleSignal(int number)
 {
-    if (isStopping)
+    if (isStopping.exchange(true))
         ::_exit(signalStatusBase + number);
-    isStopping = 1;
+    const int interruptedErrno = errno;
     const char byte = 0;
     if (::write(handlerEnd, &byte, 1) != 1)
         ::_exit(signalStatusBase + number);
+    errno = interruptedErrno;
+}
+
+bool isHangupIgnored()
+{
+    struct sigaction action = {};
+    ::sigaction(SIGHUP, nullptr, &action);
+    return action.sa_handler == SIG_IGN;
 }
 
 } // namespace
@@ -47,8 +58,10 @@ StopSignals::StopSignals(QObject* parent)
     struct sigaction action = {};
     action.sa_handler = handleSignal;
     action.sa_flags = SA_RESTART;
-    for (const int number : stoppingSignals)
-        ::sigaction(number, &action, nullptr);
+    for (const int number : stoppingSignals) {
+        if (number != SIGHUP || !isHangupIgnored()) // nohup is to be obeyed
+            ::sigaction(number, &action, nullptr);
+    }
     std::signal(SIGPIPE, SIG_IGN);
 }
 

@@ -4,8 +4,8 @@
 
 class QSocketNotifier;
 
-/// Turns SIGINT and SIGTERM into a signal of the event loop. The second one ends the process at once, for
-/// whoever does not want to wait for a unit that is slow to answer. One object at a time; main thread.
+/// Turns SIGINT, SIGTERM and SIGHUP into a signal of the event loop. The second one ends the process at once,
+/// for whoever does not want to wait for a unit that is slow to answer. One object at a time; main thread.
 class StopSignals : public QObject
 {
     Q_OBJECT
