@@ -12,7 +12,8 @@
 
 bool vek5Client::isStopRequested() const
 {
-    return m_isStopping || isInterruptionRequested();
+    // A cycle may run on a thread of the host's, which then is the one that is asked.
+    return m_isStopping || isInterruptionRequested() || QThread::currentThread()->isInterruptionRequested();
 }
 
 void vek5Client::run()
