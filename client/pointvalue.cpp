@@ -17,6 +17,14 @@ float floatIn(const QVariant& value)
     return *static_cast<const float*>(value.constData());
 }
 
+quint32 bitsOf(float number)
+{
+    quint32 bits = 0;
+    static_assert(sizeof bits == sizeof number, "a float has 32 bits here");
+    std::memcpy(&bits, &number, sizeof bits);
+    return bits;
+}
+
 } // namespace
 
 int asInt(const QVariant& value)
@@ -25,7 +33,7 @@ int asInt(const QVariant& value)
         return value.toInt();
     const float number = floatIn(value);
     const float beyondInt = 2147483648.0F;
-    return number > -beyondInt && number < beyondInt ? static_cast<int>(qRound64(number)) : 0;
+    return number >= -beyondInt && number < beyondInt ? static_cast<int>(qRound64(number)) : 0;
 }
 
 int intAt(const QMap<int, QVariant>& data, int pointId)
@@ -40,9 +48,7 @@ bool isSame(const QVariant& a, const QVariant& b)
         return false;
     if (!isFloat(a))
         return a == b;
-    const float left = floatIn(a);
-    const float right = floatIn(b);
-    return std::memcmp(&left, &right, sizeof left) == 0;
+    return bitsOf(floatIn(a)) == bitsOf(floatIn(b));
 }
 
 } // namespace pointvalue

@@ -1,25 +1,22 @@
 #pragma once
 
+#include "tcpdial.h"
+
 #include <QString>
 #include <QTcpSocket>
-
-#include <functional>
 
 /// The TCP connection of one collector. Its socket belongs to the thread that called ensureConnected; every
 /// call but close() is made on that thread.
 class TcpConnection
 {
 public:
-    /// Asked many times a second during a wait; true ends the wait.
-    using StopRequested = std::function<bool()>;
-
     TcpConnection() = default;
     ~TcpConnection();
 
     /// Connects unless connected: pauses 5 s, so that a unit that refuses is not flooded, then waits up to
     /// 30 s. Whether that succeeded shows at the next transfer. False only when asked to stop, with nothing
-    /// left pending.
-    bool ensureConnected(const QString& host, int port, const StopRequested& stopRequested);
+    /// left pending. Blocks without running an event loop: whoever called must not be called back meanwhile.
+    bool ensureConnected(const QString& host, int port, const tcpdial::StopRequested& stopRequested);
 
     /// The socket, or null before the first ensureConnected.
     QIODevice* device() const { return m_socket; }
@@ -29,8 +26,6 @@ public:
 
 private:
     Q_DISABLE_COPY(TcpConnection)
-
-    bool waitForConnected(const StopRequested& stopRequested);
 
     QTcpSocket* m_socket = nullptr;
 };

@@ -23,6 +23,7 @@ vek5Client::~vek5Client()
     requestInterruption();
     quit();
     wait();
+    waitForPolls();
     FreeDriver();
     qDebug("~vek5Client");
 }

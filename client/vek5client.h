@@ -81,8 +81,10 @@ private slots:
 
 private:
     int commandCount();
-    ControlCmd takeCommand();
+    std::optional<ControlCmd> takeCommand();
     bool isStopRequested() const;
+    void pollCycle(QMutexLocker& locker);
+    void waitForPolls();
     void runCycle();
     bool prepareConnection();
     bool queryUnit();
@@ -120,10 +122,12 @@ private:
     int m_portReopened = 0;    // set by setPort
     bool m_holdReopen = false; // keeps a failing port from being reopened; nothing sets it
 
-    // Between poll() and the collector's own thread.
+    // Between poll(), the collector's own thread and the destructor.
     std::atomic<bool> m_isStopping{false};
     QMutex m_pollLock;
     QWaitCondition m_cycleEnded;
+    QWaitCondition m_pollEnded;
+    int m_pollsUnderWay = 0; // calls of poll() that have begun a cycle or wait for one
     bool m_isRunActive = false;
     quint64 m_cyclesBegun = 0;
     quint64 m_cyclesEnded = 0;

@@ -18,17 +18,20 @@ int vek5Client::commandCount()
     return m_commands.size();
 }
 
-ControlCmd vek5Client::takeCommand()
+std::optional<ControlCmd> vek5Client::takeCommand()
 {
     const QMutexLocker locker(&m_commandLock);
-    return m_commands.takeFirst();
+    return m_commands.isEmpty() ? std::nullopt : std::optional<ControlCmd>(m_commands.takeFirst());
 }
 
 void vek5Client::check_set_command()
 {
     // Only those that wait now: what a slot queues meanwhile runs in the next cycle.
     for (int remaining = commandCount(); remaining > 0; --remaining) {
-        const ControlCmd command = takeCommand();
+        const std::optional<ControlCmd> taken = takeCommand();
+        if (!taken)
+            return;
+        const ControlCmd& command = *taken;
         if (command.id == controlcommands::ClosePort) {
             if (PortManage* manager = portManager())
                 manager->Close(m_portName);

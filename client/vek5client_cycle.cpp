@@ -18,10 +18,10 @@ bool vek5Client::isStopRequested() const
 
 void vek5Client::run()
 {
-    if (m_interval == 0)
-        m_interval = 1;
     {
         const QMutexLocker locker(&m_pollLock);
+        if (m_interval == 0)
+            m_interval = 1;
         m_isRunActive = true;
     }
     QTimer timer;
@@ -42,26 +42,44 @@ void vek5Client::run()
 
 void vek5Client::poll()
 {
-    if (m_isStopping || m_gate.isInside())
+    if (m_gate.isInside())
         return;
     const bool isCommandWaiting = commandCount() > 0;
     QMutexLocker locker(&m_pollLock);
     const qint64 nowS = std::time(nullptr);
-    if (nowS < m_nextPollTimeS && !isCommandWaiting)
+    if (m_isStopping || (nowS < m_nextPollTimeS && !isCommandWaiting))
         return;
     m_nextPollTimeS = nowS + m_interval;
+    ++m_pollsUnderWay;
     m_workState = 1;
-    if (m_isRunActive) {
-        // The thread of the collector owns its timer and socket, so the cycle is left to its next tick.
-        const quint64 cycle = m_cyclesBegun + 1;
-        while (m_isRunActive && m_cyclesEnded < cycle)
-            m_cycleEnded.wait(&m_pollLock);
-    } else {
-        locker.unlock();
-        threadTimer();
-        locker.relock();
+    pollCycle(locker);
+    // From here to the end the lock is held: the destructor may wait for it, and nothing is touched after.
+    if (--m_pollsUnderWay == 0) {
+        m_workState = 0;
+        m_pollEnded.wakeAll();
     }
-    m_workState = 0;
+}
+
+// Sees one cycle through, on the thread of the collector while that runs: it owns the timer and the socket,
+// so the cycle is left to its next tick.
+void vek5Client::pollCycle(QMutexLocker& locker)
+{
+    const quint64 cycle = m_cyclesBegun + 1;
+    while (m_isRunActive && m_cyclesEnded < cycle)
+        m_cycleEnded.wait(&m_pollLock);
+    if (m_cyclesEnded >= cycle)
+        return;
+    locker.unlock();
+    threadTimer();
+    locker.relock();
+}
+
+// A call of poll() on another thread still uses the collector until it is counted out.
+void vek5Client::waitForPolls()
+{
+    const QMutexLocker locker(&m_pollLock);
+    while (m_pollsUnderWay > 0)
+        m_pollEnded.wait(&m_pollLock);
 }
 
 void vek5Client::threadTimer()

@@ -46,8 +46,9 @@ IniLines scanLines(const QString& fileName)
         return result;
     for (int number = 1; !file.atEnd(); ++number) {
         const QByteArray line = file.readLine().trimmed();
-        if (line.startsWith('[') && line.endsWith(']'))
-            result.sections += QString::fromLatin1(line.mid(1, line.size() - 2).trimmed());
+        const int sectionEnd = line.indexOf(']'); // a comment may follow
+        if (line.startsWith('[') && sectionEnd > 0)
+            result.sections += QString::fromLatin1(line.mid(1, sectionEnd - 1).trimmed());
         else if (result.firstBadLine == 0 && !line.isEmpty() && !line.startsWith(';') &&
                  !line.startsWith('#') && !line.contains('='))
             result.firstBadLine = number;

@@ -7,7 +7,7 @@ cd "$(dirname "$0")/.."
 preset=${1:?preset name}
 mkdir -p "build/$preset"
 log="build/$preset/build.log"
-options=()
+options=(-DWARNINGS_AS_ERRORS=OFF)
 [ -z "${CI:-}" ] || options=(-DWARNINGS_AS_ERRORS=ON)
 echo "Building preset $preset (log in $log) ..." >&2
 if ! { cmake --preset "$preset" "${options[@]}" && cmake --build --preset "$preset"; } >"$log" 2>&1; then

@@ -2,6 +2,8 @@
 #include "vek5client.h"
 
 #include <QSemaphore>
+#include <QTcpServer>
+#include <QTcpSocket>
 #include <QtTest>
 
 #include <netinet/in.h>
@@ -42,6 +44,16 @@ public:
         ::close(m_listener);
     }
     QString port() const { return QString::number(m_port); }
+    // Connections to the port that the system has begun and not completed.
+    int pendingConnections() const
+    {
+        QFile table(QStringLiteral("/proc/net/tcp"));
+        if (!table.open(QIODevice::ReadOnly))
+            return -1;
+        const QByteArray target =
+            ':' + QByteArray::number(m_port, 16).toUpper().rightJustified(4, '0') + " 02 ";
+        return table.readAll().count(target);
+    }
 
 private:
     int m_listener;
@@ -79,6 +91,7 @@ private slots:
     void deletedInsideAQuery();
     void deletedInThePauseBeforeConnecting();
     void deletedWhileConnecting();
+    void connectionEndsWithItsThread();
     void deletedThroughRelease();
     void stoppedAndStartedAgain();
     void pollIsHandedToTheRunningThread();
@@ -121,10 +134,35 @@ void tst_CollectorLifetime::deletedInsideAQuery()
 
 void tst_CollectorLifetime::deletedInThePauseBeforeConnecting()
 {
+    // Three pollers: one is in the pause, the others wait for their turn. All must be out before it is gone.
     auto collector = newCollector(tcpConfig(QStringLiteral("1")));
+    vek5Client* raw = collector.get();
+    std::vector<std::thread> pollers;
+    std::atomic<int> arrived{0};
+    for (int i = 0; i < 3; ++i) {
+        raw->control(1009, QString());
+        pollers.emplace_back([&] {
+            ++arrived;
+            raw->poll();
+        });
+    }
+    QTRY_VERIFY(arrived.load() == 3 && raw->getWorkState() == 1);
+    QElapsedTimer timer;
+    timer.start();
+    collector.reset();
+    QVERIFY(timer.elapsed() < promptlyMs);
+    for (std::thread& poller : pollers)
+        poller.join();
+    QCOMPARE(scriptedUnit().queries.load(), 0);
+}
+
+void tst_CollectorLifetime::deletedWhileConnecting()
+{
+    const BlackHole blackHole;
+    const int before = blackHole.pendingConnections();
+    auto collector = newCollector(tcpConfig(blackHole.port()));
     collector->start();
-    QTRY_VERIFY(collector->isRunning());
-    QTest::qWait(150); // past the first tick
+    QTRY_VERIFY_WITH_TIMEOUT(blackHole.pendingConnections() > before, 30000);
     QElapsedTimer timer;
     timer.start();
     collector.reset();
@@ -132,17 +170,24 @@ void tst_CollectorLifetime::deletedInThePauseBeforeConnecting()
     QCOMPARE(scriptedUnit().queries.load(), 0);
 }
 
-void tst_CollectorLifetime::deletedWhileConnecting()
+void tst_CollectorLifetime::connectionEndsWithItsThread()
 {
-    const BlackHole blackHole;
-    auto collector = newCollector(tcpConfig(blackHole.port()));
-    collector->start();
-    QTest::qWait(5600); // past the pause, into the wait for the connection
-    QCOMPARE(scriptedUnit().queries.load(), 0);
-    QElapsedTimer timer;
-    timer.start();
+    QTcpServer server;
+    QVERIFY(server.listen(QHostAddress::LocalHost));
+    auto collector = newCollector(tcpConfig(QString::number(server.serverPort())));
+    QSemaphore mayEnd;
+    std::thread poller([&] {
+        collector->poll();
+        mayEnd.acquire(); // the thread lives on, and with it the socket's notifiers
+    });
+    QTRY_VERIFY_WITH_TIMEOUT(server.hasPendingConnections(), 30000);
+    const std::unique_ptr<QTcpSocket> peer(server.nextPendingConnection());
+    QTRY_COMPARE(scriptedUnit().queries.load(), 1);
+    QTRY_COMPARE(collector->getWorkState(), 0);
     collector.reset();
-    QVERIFY(timer.elapsed() < promptlyMs);
+    QTRY_COMPARE(peer->state(), QAbstractSocket::UnconnectedState); // a unit may serve one client only
+    mayEnd.release();
+    poller.join();
 }
 
 void tst_CollectorLifetime::deletedThroughRelease()
@@ -209,8 +254,10 @@ void tst_CollectorLifetime::pollReturnsWhenTheThreadEnds()
     for (int i = 0; i < 20; ++i) {
         collector->start();
         collector->quit();
+        scriptedUnit().queries = 0;
         collector->control(1009, QString());
-        collector->poll(); // with or without the thread, it comes back
+        collector->poll(); // with or without the thread, it sees a cycle through
+        QVERIFY(scriptedUnit().queries.load() > 0);
         QVERIFY(collector->wait(5000));
     }
 }

@@ -86,8 +86,6 @@ void tst_PluginContract::metaData()
 
 void tst_PluginContract::exportedSymbols()
 {
-    if (IS_SANITIZED)
-        return; // the sanitizers' own symbols are there as well
     QProcess nm;
     nm.start(QStringLiteral("nm"), {QStringLiteral("-D"), QStringLiteral("--defined-only"),
                                     QStringLiteral("-C"), QStringLiteral("--format=posix"), pluginFile});
@@ -135,7 +133,8 @@ void tst_PluginContract::exportedSymbols()
             unexpected << name.toLocal8Bit();
     }
     QCOMPARE(missing, QByteArrayList());
-    QCOMPARE(unexpected, QByteArrayList());
+    if (!IS_SANITIZED) // the sanitizers' own symbols are there as well
+        QCOMPARE(unexpected, QByteArrayList());
 }
 
 void tst_PluginContract::instanceIsOneAtATime()
