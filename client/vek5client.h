@@ -63,10 +63,12 @@ public:
     bool FreeDriver();
     /// Takes one value from the driver. Cycle thread, inside a driver call.
     void parseData(int id, float value);
-    /// Reads the texts of history codes; filled in with the history export.
-    void initHistoryInfo() {}
-    /// Converts the unit's history to a CSV file; filled in with the history export.
-    void exportHistoryInfo(QString path) { Q_UNUSED(path) }
+    /// Reads the texts of history codes from "./PVMX/drovaPanel/db/historycodemap.csv"; without the file
+    /// codes show as numbers. Called by the constructor alone.
+    void initHistoryInfo();
+    /// Converts "./history.txt", which the driver wrote, to a CSV file at path and empties it; an empty path
+    /// only empties it. What could not be written is told as a debug line.
+    void exportHistoryInfo(QString path);
     /// Carries out the commands that wait. Cycle thread.
     void check_set_command();
     /// Reports changes and the data map to the host. Cycle thread.
@@ -94,8 +96,11 @@ private:
     PortManage* portManager() const;
     SerialPort* serialPort() const;
     std::optional<int> callDriver(const std::function<int(PortHandle*)>& call);
+    std::optional<int> runCommand(const ControlCmd& command);
     std::optional<int> sendCommand(const ControlCmd& command);
+    void downloadHistory(const ControlCmd& command);
     void reportDownload(const ControlCmd& command, int resultIndex);
+    QStringList takeHistoryRows();
     bool reportAlarms(QMap<QString, QVariant>& record);
     void reportStatusPoint(QMap<QString, QVariant>& record, int pointId, int eventType);
     void refreshDeviceInfo();
@@ -106,6 +111,10 @@ private:
     QString m_languageCode;
     int m_deviceAddress = 1;
     int m_commType = 0;
+
+    // Texts of the history; written by the constructor alone.
+    QMap<int, QString> m_historyState;
+    QMap<int, QString> m_historyCode;
 
     // Commands.
     QMutex m_commandLock;

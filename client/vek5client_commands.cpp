@@ -37,16 +37,32 @@ void vek5Client::check_set_command()
                 manager->Close(m_portName);
             return; // the rest waits for the next cycle, which opens the port again
         }
-        const std::optional<int> result = sendCommand(command);
-        if (result)
-            qDebug("control %d result %d", command.id, *result);
+        if (command.id == controlcommands::DownloadHistory)
+            downloadHistory(command);
         else
-            qDebug("control %d not sent", command.id);
-        if (command.id == controlcommands::DownloadHistory) {
-            exportHistoryInfo(command.value);
-            reportDownload(command, result == 0 ? 0 : 1);
-        }
+            runCommand(command);
     }
+}
+
+std::optional<int> vek5Client::runCommand(const ControlCmd& command)
+{
+    const std::optional<int> result = sendCommand(command);
+    if (result)
+        qDebug("control %d result %d", command.id, *result);
+    else
+        qDebug("control %d not sent", command.id);
+    return result;
+}
+
+void vek5Client::downloadHistory(const ControlCmd& command)
+{
+    // All units' drivers write the same file. The lock is taken before the port's and nowhere else.
+    static QMutex historyFileLock;
+    QMutexLocker locker(&historyFileLock);
+    const std::optional<int> result = runCommand(command);
+    exportHistoryInfo(command.value);
+    locker.unlock();
+    reportDownload(command, result == 0 ? 0 : 1);
 }
 
 // The driver's result; nothing when there was nothing to send or no way to send it.

@@ -28,8 +28,12 @@ Q_DECL_EXPORT int scriptedQuery(PortHandle* handle, int, void (*callback)(int, f
 
 Q_DECL_EXPORT int scriptedControl(PortHandle*, int, const char* command, void*)
 {
-    scriptedUnit().commands << QByteArray(command);
-    return scriptedUnit().controlResult;
+    ScriptedUnit& unit = scriptedUnit();
+    if (unit.onControl)
+        unit.onControl(command);
+    else
+        unit.commands << QByteArray(command);
+    return unit.controlResult;
 }
 
 EventLog::EventLog(vek5Client* collector)

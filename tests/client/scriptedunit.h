@@ -22,7 +22,8 @@ struct ScriptedUnit
     QMap<int, float> points;               ///< handed over by every answered query
     std::function<void(PortHandle*)> hook; ///< called inside every query
     std::atomic<int> queries{0};
-    QByteArrayList commands; ///< texts that Control got
+    std::function<void(const QByteArray&)> onControl; ///< called inside every command
+    QByteArrayList commands;                          ///< texts that Control got
 };
 
 ScriptedUnit& scriptedUnit();
