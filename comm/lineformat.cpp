@@ -144,7 +144,8 @@ void lineformat::setRaw(termios& attributes)
         attributes.c_cc[character] = 0;
     attributes.c_cflag |= CREAD | CLOCAL;
     attributes.c_lflag &= ~tcflag_t{ICANON | ECHO | ECHOE | ECHOK | ECHONL | ISIG};
-    // The last two, left over from a former user of the line, would drop or change bytes of frames.
-    attributes.c_iflag &= ~tcflag_t{IGNPAR | PARMRK | INPCK | ISTRIP | ICRNL | IXANY | IGNCR | INLCR};
+    attributes.c_iflag &= ~tcflag_t{IGNPAR | PARMRK | INPCK | ISTRIP | ICRNL | IXANY};
+    // Left over from a former user of the line, these would drop or change bytes of frames.
+    attributes.c_iflag &= ~tcflag_t{IGNCR | INLCR | IUCLC | IGNBRK | BRKINT};
     attributes.c_oflag &= ~tcflag_t{OPOST};
 }

@@ -5,6 +5,7 @@
 #include "trafficlog.h"
 
 #include <QDebug>
+#include <QElapsedTimer>
 
 #include <cerrno>
 #include <ctime>
@@ -14,6 +15,8 @@
 #include <unistd.h>
 
 namespace {
+constexpr qint64 ShortestWriteMs = 1000;
+constexpr qint64 LongestWriteMs = 30000;
 constexpr char commOpen[] = "CommOpen"; // the name that the debug lines carry
 
 // Hosts look for these lines: the wording is a contract.
@@ -59,10 +62,22 @@ void warn(const lineformat::Outcome& outcome)
     }
 }
 
-bool setBlocking(int descriptor)
+bool setBlocking(int descriptor, bool isBlocking = true)
 {
     const int flags = ::fcntl(descriptor, F_GETFL);
-    return flags >= 0 && ::fcntl(descriptor, F_SETFL, flags & ~O_NONBLOCK) == 0;
+    return flags >= 0 &&
+           ::fcntl(descriptor, F_SETFL, isBlocking ? flags & ~O_NONBLOCK : flags | O_NONBLOCK) == 0;
+}
+
+// Reads wait in the terminal's own way, so only the write is made not to.
+ssize_t writeWithoutBlocking(int descriptor, const char* buffer, qint64 length)
+{
+    setBlocking(descriptor, false);
+    const ssize_t count = ::write(descriptor, buffer, static_cast<std::size_t>(length));
+    const int systemError = errno;
+    setBlocking(descriptor);
+    errno = systemError;
+    return count;
 }
 } // namespace
 
@@ -102,7 +117,6 @@ void SerialPort::init()
 
 bool SerialPort::CommOpen(const QString& portName, const QString& settings, int timeoutMs)
 {
-    close();
     {
         const QMutexLocker locker(&m_textLock);
         m_settingsText = settings;
@@ -112,6 +126,7 @@ bool SerialPort::CommOpen(const QString& portName, const QString& settings, int 
         reportBadSettings(parsed.error, settings);
         return false;
     }
+    close();
     m_requested = parsed.settings;
     m_requested.Timeout = timeoutMs;
     setPortName(portName);
@@ -233,15 +248,41 @@ qint64 SerialPort::writeData(const char* buffer, qint64 length)
     if (!isOpen() || !buffer || length < 0)
         return -1;
     errno = 0;
-    const qint64 count = m_file->write(buffer, length);
+    const qint64 count = writeInTime(buffer, length);
     const int systemError = errno;
     if (count > 0)
         saveLogData(buffer, count, 0);
-    if (count < 0) {
+    if (count < length) {
         m_lastError = WriteFailed;
         closeIfGone(systemError);
     }
     return count;
+}
+
+// A line whose other end takes nothing must not hold its caller, and with it the port's lock, for ever. What
+// could not go out in the read time-out is thrown away, or closing would wait for it.
+qint64 SerialPort::writeInTime(const char* buffer, qint64 length)
+{
+    const int descriptor = m_file->handle();
+    const int timeoutMs =
+        static_cast<int>(qBound<qint64>(ShortestWriteMs, m_inForce.Timeout, LongestWriteMs));
+    QElapsedTimer timer;
+    timer.start();
+    qint64 done = 0;
+    while (done < length) {
+        pollfd line = {descriptor, POLLOUT, 0};
+        const int remainingMs = timeoutMs - static_cast<int>(timer.elapsed());
+        if (remainingMs <= 0 || ::poll(&line, 1, remainingMs) == 0) {
+            ::tcflush(descriptor, TCOFLUSH);
+            errno = ETIMEDOUT;
+            break;
+        }
+        const ssize_t count = writeWithoutBlocking(descriptor, buffer + done, length - done);
+        if (count < 0 && errno != EAGAIN && errno != EINTR)
+            break;
+        done += qMax<ssize_t>(count, 0);
+    }
+    return done > 0 || length == 0 ? done : -1;
 }
 
 // Closing makes the port manager open the device again as soon as it is back.

@@ -141,6 +141,7 @@ private:
     template <typename Value, typename Rule>
     void change(Value PortSettings::*setting, Value value, Rule rule);
     void setModemLine(int bit, bool on);
+    qint64 writeInTime(const char* buffer, qint64 length);
     void closeIfGone(int systemError);
 
     QMutex m_lock;

@@ -166,6 +166,22 @@ private slots:
             QVERIFY(CommRead(dead, got.data(), 1) == -1 && CommWrite(dead, got.data(), 1) == -1);
     }
 
+    // The other end takes nothing, as a stopped program or a hung adapter: the caller must come back.
+    void writeEndsWhenNothingIsTaken()
+    {
+        QVERIFY(open("9600,n,8,1", 200));
+        const QByteArray block(4096, 'x');
+        QElapsedTimer timer;
+        qint64 written = block.size();
+        for (int i = 0; i < 100 && written == block.size(); ++i) {
+            timer.start();
+            written = m_port->writeData(block.constData(), block.size());
+        }
+        QVERIFY(written < block.size());
+        QVERIFY(timer.elapsed() < 5000);
+        QCOMPARE(m_port->lastError(), 14);
+        QVERIFY(m_port->isOpen()); // full is not gone
+    }
     void readEndsOnCountOrSilence()
     {
         QVERIFY(open("9600,n,8,1", 600));
