@@ -17,8 +17,9 @@ constexpr int maxHastyReads = 32;
 /// Unit id and function: they tell how long the reply is. TCP never brings as little as this, so that a
 /// whole frame is recognised by the first read.
 constexpr int headLength = 2;
-/// Small, since a read can only be left when it is complete or the line is silent.
-constexpr int drainLength = 32;
+/// A serial read can only be left when it is complete or the line is silent, so one that asked for much of a
+/// trickling line would overrun every deadline: by this many time-outs of the port at the most.
+constexpr int maxAsked = 32;
 /// On a serial line frames are told apart by 3.5 byte times of silence: 32 ms at 1200 baud, the slowest.
 constexpr double gapInBytes = 3.5;
 constexpr std::chrono::milliseconds maxGap{40};
@@ -32,10 +33,13 @@ Transaction::Transaction(PortHandle& port, const TransferLimits& limits)
 
 ReplyError Transaction::run(const Request& request)
 {
+    m_timePerByte = Clock::duration::zero();
     if (!send(request))
         return ReplyError::NotSent;
     const int length = receive(request);
     const ReplyError error = length > 0 ? checkReply(request, m_buffer.data(), length) : ReplyError::NoAnswer;
+    if (length == 0)
+        m_lineSilent = false; // a late reply may still come: one more time-out of silence, to be rid of it
     // An exception is a sound reply: nothing follows it.
     if (error == ReplyError::None || error == ReplyError::Exception)
         keepFrameGap();
@@ -70,8 +74,10 @@ int Transaction::receive(const Request& request)
         const int count = asked > 0 ? read(length, asked) : 0;
         if (count <= 0)
             break;
-        if (length == 0)
+        if (length == 0) {
             deadline = Clock::now() + m_limits.reply;
+            m_timePerByte = Clock::duration::zero(); // the first read waited for the unit, not for the line
+        }
         length += count;
         if (count > asked)
             break; // a whole frame: there is no more of it to come
@@ -85,7 +91,7 @@ void Transaction::drain()
 {
     const Clock::time_point deadline = Clock::now() + m_limits.drain;
     while (!m_lineSilent) {
-        const int asked = affordable(drainLength, deadline);
+        const int asked = affordable(maxAsked, deadline);
         if (asked == 0)
             return;
         read(0, asked);
@@ -98,8 +104,10 @@ int Transaction::read(int offset, int wanted)
     const int count = m_port.readEntry(&m_port, reinterpret_cast<char*>(m_buffer.data()) + offset, wanted);
     const Clock::duration took = Clock::now() - begin;
     m_lineSilent = isSilence(count, took);
-    if (count > 0) // more than was asked for: a whole frame, which has no pace
-        m_timePerByte = count > wanted ? Clock::duration::zero() : took / count;
+    // The slowest pace counts: bytes that had come before the read tell nothing of the line. More than was
+    // asked for is a whole frame, which has no pace.
+    if (count > 0 && count <= wanted)
+        m_timePerByte = std::max(m_timePerByte, took / count);
     return std::min(count, maxReadLength);
 }
 
@@ -115,10 +123,11 @@ bool Transaction::isSilence(int count, Clock::duration took)
     return count != shortTcpAnswer || took >= tcpSilence || m_hastyReads >= maxHastyReads;
 }
 
-/// How many of the wanted bytes can come before the deadline at the pace of the last read; 0 when it has
+/// How many of the wanted bytes can come before the deadline at the pace so far; 0 when it has
 /// passed. A line that trickles is thereby asked for little at a time: a read cannot be called back.
 int Transaction::affordable(int wanted, Clock::time_point deadline) const
 {
+    wanted = std::min(wanted, maxAsked);
     if (deadline == Clock::time_point::max())
         return wanted;
     const Clock::duration left = deadline - Clock::now();

@@ -55,7 +55,7 @@ private:
     PortHandle& m_port;
     TransferLimits m_limits;
     std::array<unsigned char, maxFrameLength + maxReadLength> m_buffer{};
-    Clock::duration m_timePerByte{0}; ///< of the last read that brought something
+    Clock::duration m_timePerByte{0}; ///< the slowest of the reads of this request
     bool m_lineSilent = false;        ///< the last read met a silent line
     int m_hastyReads = 0;             ///< reads in a row that brought nothing without waiting
 };
