@@ -9,6 +9,7 @@ struct UnitEvent
 {
     int type;
     QVariantMap record;
+    int failedCycles = 0; ///< in a row, up to this event; 0 says that its values are fresh
 };
 
 /// The events between a unit's cycle and the main thread. Any thread.

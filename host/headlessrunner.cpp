@@ -91,7 +91,7 @@ void HeadlessRunner::sendControls(UnitSession& session)
         }
         session.collector().control(request.id, request.value); // queues it and returns
         if (!m_options.isJson)
-            printLine(session.name(), QStringLiteral("command %1 queued").arg(request.id));
+            printLine(session.name(), QStringLiteral("command %1 handed over").arg(request.id));
     }
     m_controlsToSend = others;
 }
@@ -137,7 +137,8 @@ ExitCode HeadlessRunner::result() const
     ExitCode code = ExitCode::Ok;
     for (const auto& session : m_sessions) {
         if (session->state().contact() == UnitState::Contact::NotHeard) {
-            diagnostics::print(QStringLiteral("%1 never answered").arg(session->name()));
+            diagnostics::print(
+                QStringLiteral("%1 never answered; \"ups-host --check %1\" tells why").arg(session->name()));
             code = ExitCode::UnitNotHeard;
         }
     }

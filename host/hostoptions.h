@@ -4,12 +4,26 @@
 #include <QString>
 #include <QStringList>
 
+#include <optional>
+
 /// One command to send to a unit as soon as it communicates.
 struct ControlRequest
 {
     QString unitName;
     int id = 0;
     QString value; ///< handed on as it stands, may be empty
+};
+
+/// Which part of the journal to print instead of running.
+struct ExportOptions
+{
+    QString eventsFile;              ///< where the events go as CSV; "-" is standard output, empty is nowhere
+    QString logFile;                 ///< the same for the data log
+    std::optional<qint64> fromUtcMs; ///< included
+    std::optional<qint64> toUtcMs;   ///< not included
+    QString unitName;                ///< empty is every unit
+
+    bool isWanted() const { return !eventsFile.isEmpty() || !logFile.isEmpty(); }
 };
 
 /// What the command line asks for.
@@ -19,6 +33,11 @@ struct HostOptions
     QStringList unitNames; ///< units to run, in this order; empty is every unit configured
     QString pluginFile;    ///< empty is the one beside the program
     QList<ControlRequest> controls;
+    QString journalFile;   ///< empty keeps no journal
+    int logIntervalS = 10; ///< between two rows of a unit's data log
+    int keepDays = 0;      ///< how long the journal keeps its records; 0 is for ever
+    ExportOptions exports;
+    bool isCheck = false;   ///< look at each unit once, step by step, instead of running
     bool isJson = false;    ///< JSON lines instead of text
     bool isPolling = false; ///< ask each unit for its cycles instead of starting its own thread
     bool isVerbose = false; ///< show the debug lines of the plugin

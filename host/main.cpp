@@ -1,24 +1,30 @@
 // The reference host: how an application loads the plugin, runs units and ends them. The order of the
 // objects in runUnits() is the order that every host has to keep.
 
+#include "checkrunner.h"
 #include "collectthread.h"
 #include "diagnostics.h"
 #include "exitcode.h"
 #include "headlessrunner.h"
 #include "hostoptions.h"
+#include "journal.h"
+#include "journalexport.h"
 #include "lineoutput.h"
 #include "pluginlibrary.h"
 #include "portmanagerthread.h"
 #include "stopsignals.h"
+#include "unitjournal.h"
 #include "unitlist.h"
 
 #include <QCoreApplication>
+#include <QElapsedTimer>
 
 #include <algorithm>
 #include <cstdio>
 #include <memory>
 #include <vector>
 
+#include <fcntl.h>
 #include <unistd.h>
 
 namespace {
@@ -50,6 +56,35 @@ Collectors makeCollectors(CollectThread& factory, PortManage* ports, int count)
     return collectors;
 }
 
+std::unique_ptr<Journal> makeJournal(const HostOptions& options, CollectThread& factory)
+{
+    if (options.journalFile.isEmpty())
+        return nullptr;
+    return std::make_unique<Journal>(
+        JournalSettings{options.journalFile, factory.getDataLogDesc(), options.keepDays}, diagnostics::print);
+}
+
+using UnitJournals = std::vector<std::unique_ptr<UnitJournal>>;
+
+UnitJournals makeUnitJournals(const HostOptions& options, const QStringList& unitNames,
+                              const Collectors& collectors, const QStringList& eventTexts, Journal* journal)
+{
+    UnitJournals unitJournals;
+    for (size_t i = 0; journal && i < collectors.size(); ++i)
+        unitJournals.push_back(std::make_unique<UnitJournal>(unitNames[static_cast<int>(i)], *collectors[i],
+                                                             eventTexts, options.logIntervalS, *journal));
+    return unitJournals;
+}
+
+ExitCode checkUnits(const HostOptions& options, const QStringList& unitNames)
+{
+    const PluginLibrary plugin(options.pluginFile); // a driver finds its frame helpers in it
+    if (!plugin.factory())
+        return refuse(plugin.error());
+    LineOutput output(STDOUT_FILENO);
+    return runCheck(unitNames, output);
+}
+
 ExitCode runUnits(const HostOptions& options, const QStringList& unitNames)
 {
     // Ends last: collectors, pages and records carry code of the plugin.
@@ -61,12 +96,45 @@ ExitCode runUnits(const HostOptions& options, const QStringList& unitNames)
     if (std::count(collectors.begin(), collectors.end(), nullptr) != 0)
         return refuse(QStringLiteral("the plugin made no collector for a unit"));
 
-    LineOutput output(STDOUT_FILENO);
     const StopSignals signalWatch;
-    HeadlessRunner runner(options, unitNames, std::move(collectors), plugin.factory()->getEventLogDesc(),
-                          output);
+    QElapsedTimer runTime;
+    runTime.start();
+    LineOutput output(STDOUT_FILENO, [&] {
+        return StopSignals::isPending() ||
+               (options.seconds > 0 && runTime.hasExpired(options.seconds * 1000LL));
+    });
+    const QStringList eventTexts = plugin.factory()->getEventLogDesc();
+    const auto journal = makeJournal(options, *plugin.factory()); // ends after the last event
+    const auto unitJournals = makeUnitJournals(options, unitNames, collectors, eventTexts, journal.get());
+    HeadlessRunner runner(options, unitNames, std::move(collectors), eventTexts, output);
     QObject::connect(&signalWatch, &StopSignals::stopRequested, &runner, &HeadlessRunner::stop);
     return runner.run();
+}
+
+// Needs neither the plugin nor any unit's settings.
+ExitCode runExports(const HostOptions& options)
+{
+    const ExportOptions& exports = options.exports;
+    ExportRequest request{options.journalFile, exports.eventsFile, exports.fromUtcMs, exports.toUtcMs,
+                          exports.unitName};
+    QString error;
+    if (!exports.eventsFile.isEmpty())
+        error = journalexport::writeEvents(request);
+    request.targetFile = exports.logFile;
+    if (error.isEmpty() && !exports.logFile.isEmpty())
+        error = journalexport::writeLog(request);
+    return error.isEmpty() ? ExitCode::Ok : refuse(error);
+}
+
+// A descriptor that the caller closed would be given to the next file that is opened: lines for people would
+// then go to a serial port or a socket.
+bool holdStandardDescriptors()
+{
+    for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        if (::fcntl(descriptor, F_GETFD) == -1 && ::open("/dev/null", O_RDWR) != descriptor)
+            return false;
+    }
+    return true;
 }
 
 ExitCode runHost(const QStringList& arguments)
@@ -79,6 +147,8 @@ ExitCode runHost(const QStringList& arguments)
         return ExitCode::Ok;
     }
     diagnostics::install(parsed.options.isVerbose);
+    if (parsed.options.exports.isWanted())
+        return runExports(parsed.options);
 
     // Everything that can be wrong is looked at before anything starts.
     const UnitList configured = unitlist::read(unitlist::defaultFile());
@@ -87,9 +157,17 @@ ExitCode runHost(const QStringList& arguments)
     const UnitList units = unitlist::select(configured.names, parsed.options.unitNames);
     if (!units.error.isEmpty())
         return refuse(QStringLiteral("--units: %1").arg(units.error));
-    const QString error = controlError(parsed.options.controls, units.names);
+    QString error = controlError(parsed.options.controls, units.names);
+    if (error.isEmpty())
+        error = unitlist::lineError(QStringLiteral("serial.ini"), unitlist::defaultFile(), units.names);
     if (!error.isEmpty())
         return refuse(error);
+    if (parsed.options.isCheck)
+        return checkUnits(parsed.options, units.names);
+    const QString journalFile = parsed.options.journalFile;
+    const QString journalError = journalFile.isEmpty() ? QString() : Journal::refusal(journalFile);
+    if (!journalError.isEmpty())
+        return refuse(journalError);
     return runUnits(parsed.options, units.names);
 }
 
@@ -97,6 +175,8 @@ ExitCode runHost(const QStringList& arguments)
 
 int main(int argc, char* argv[])
 {
+    if (!holdStandardDescriptors())
+        return static_cast<int>(ExitCode::OutputFailed);
     const QCoreApplication app(argc, argv);
     return static_cast<int>(runHost(QCoreApplication::arguments()));
 }

@@ -104,7 +104,7 @@ QString recordtext::status(const UnitState& state, const QStringList& logRow)
     case UnitState::Contact::NotHeard:
         return QStringLiteral("no answer yet");
     case UnitState::Contact::Lost:
-        return QStringLiteral("no answer since ") + timePart(state.lostSince());
+        return QStringLiteral("no answer since ") + timePart(state.silentSince());
     case UnitState::Contact::Answering:
         break;
     }

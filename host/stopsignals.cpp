@@ -65,10 +65,17 @@ StopSignals::StopSignals(QObject* parent)
     std::signal(SIGPIPE, SIG_IGN);
 }
 
+bool StopSignals::isPending()
+{
+    return isStopping;
+}
+
 StopSignals::~StopSignals()
 {
-    for (const int number : stoppingSignals)
-        std::signal(number, SIG_DFL);
+    for (const int number : stoppingSignals) {
+        if (number != SIGHUP || !isHangupIgnored())
+            std::signal(number, SIG_DFL);
+    }
     ::close(handlerEnd);
     ::close(loopEnd);
 }

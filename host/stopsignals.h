@@ -16,6 +16,9 @@ public:
     /// Gives the signals back to the system's defaults.
     ~StopSignals() override;
 
+    /// Whether a signal has come, also while the event loop does not run. Any thread.
+    static bool isPending();
+
 signals:
     void stopRequested();
 

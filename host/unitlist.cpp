@@ -1,5 +1,7 @@
 #include "unitlist.h"
 
+#include "settingstext.h"
+
 #include <QCoreApplication>
 #include <QFile>
 #include <QFileInfo>
@@ -20,7 +22,7 @@ struct NumericKey
 
 // clang-format off
 constexpr NumericKey numericKeys[] = {
-    {"addr",           0,    255}, // a TCP gateway may want 0 or 255
+    {"addr",           1,    255}, // over TCP more than on a line
     {"retries",        0,   1000},
     {"protocol", INT_MIN, INT_MAX},
     {"interval",       0,  86400}, // seconds
@@ -145,6 +147,13 @@ QString contentError(const QSettings& settings, const IniLines& lines, const QSt
     // [General] means "no group" to QSettings, so the plugin would not find the keys of a unit of that name.
     if (settings.contains(QStringLiteral("portName")) || settings.contains(QStringLiteral("ipAddr")))
         return QStringLiteral("a unit's keys need a section of their own, and its name cannot be [General]");
+    for (const QString& section : lines.sections) {
+        // A name that is written with escapes is known by another text here, and is let pass.
+        const QString unit = unitOfKey(QString(section + QLatin1String("/key")));
+        if (!names.contains(unit) && !section.contains(QLatin1Char('%')))
+            return QStringLiteral("[%1] has no keys: give the unit a port, or remove the section")
+                .arg(section);
+    }
     if (names.isEmpty())
         return QStringLiteral("no unit in it: add a section with the unit's name and its keys");
     for (const QString& name : names) {
@@ -155,7 +164,35 @@ QString contentError(const QSettings& settings, const IniLines& lines, const QSt
     return {};
 }
 
+// Time-outs are in force in steps of 100 ms; below the first one reads would not wait at all.
+constexpr int minTimeoutMs = 100;
+constexpr int maxTimeoutMs = 25500;
+
+QString portError(const QSettings& lines, const QString& port)
+{
+    const QString paramKey = port + QLatin1String("/param");
+    if (lines.contains(paramKey) && parseSettings(textOf(lines.value(paramKey))).error != SettingsError::None)
+        return QStringLiteral("param=%1: write speed, parity, data bits and stop bits as in 9600,n,8,1")
+            .arg(textOf(lines.value(paramKey)));
+    return numberError(lines, QString(port + QLatin1String("/timeout")), minTimeoutMs, maxTimeoutMs);
+}
+
 } // namespace
+
+QString unitlist::lineError(const QString& serialFile, const QString& deviceFile, const QStringList& units)
+{
+    const QSettings devices(deviceFile, QSettings::IniFormat);
+    const QSettings lines(serialFile, QSettings::IniFormat);
+    for (const QString& unit : units) {
+        if (devices.value(unit + QLatin1String("/commType")).toInt() == 1)
+            continue;
+        const QString port = devices.value(unit + QLatin1String("/portName")).toString();
+        const QString error = portError(lines, port);
+        if (!error.isEmpty())
+            return QStringLiteral("%1: port %2 of %3: %4").arg(serialFile, port, unit, error);
+    }
+    return {};
+}
 
 QString unitlist::defaultFile()
 {

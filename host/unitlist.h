@@ -19,6 +19,10 @@ QString defaultFile();
 /// The plugin itself takes a wrong value as 0 and says nothing, so a host has to look first.
 UnitList read(const QString& file);
 
+/// What is wrong with the sections of "serial.ini" that the serial units of a checked configuration use, in
+/// one line; empty when all is right. A port without a section takes the defaults.
+QString lineError(const QString& serialFile, const QString& deviceFile, const QStringList& units);
+
 /// The units to run: those of wanted that are configured, or all when nothing is wanted. An unknown name
 /// is an error.
 UnitList select(const QStringList& configured, const QStringList& wanted);

@@ -54,10 +54,10 @@ bool UnitSession::waitStopped(unsigned long timeoutMs)
     return true;
 }
 
-// On the thread of the cycle.
+// On the thread of the cycle, which the failure count belongs to.
 void UnitSession::queueEvent(int type, const QVariantMap& record)
 {
-    if (m_events.append({type, record}))
+    if (m_events.append({type, record, m_collector->m_failureCount}))
         emit eventsWaiting();
 }
 
@@ -65,7 +65,7 @@ void UnitSession::deliverEvents()
 {
     const QVector<UnitEvent> events = m_events.takeAll();
     for (const UnitEvent& event : events) {
-        m_state.apply(event.type, event.record);
+        m_state.apply(event.type, event.record, event.failedCycles);
         emit eventReceived(event.type, event.record);
     }
 }

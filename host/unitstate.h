@@ -16,18 +16,23 @@ public:
     };
 
     /// Takes one event of the unit. Reads only the keys that belong to the type: a record still carries
-    /// those of earlier events of the same report.
-    void apply(int type, const QVariantMap& record);
+    /// those of earlier events of the same report. failedCycles is the collector's count at the event.
+    void apply(int type, const QVariantMap& record, int failedCycles);
 
+    /// A unit that missed an answer counts as lost here before its collector says so, which may take minutes.
     Contact contact() const { return m_contact; }
-    /// Local time "yyyy-MM-dd hh:mm:ss" of the last loss.
-    QString lostSince() const { return m_lostSince; }
+    /// Local time "yyyy-MM-dd hh:mm:ss" of the last answer, while there is none.
+    QString silentSince() const { return m_lastAnswer; }
     /// The unit's last values, point id to value; empty unless it answers. The reports of a lost unit still
     /// carry its last values, and those must never be taken for live ones.
     const QMap<int, QVariant>& liveData() const { return m_liveData; }
 
 private:
+    void takeValues(const QVariantMap& record);
+    void takeSilence(const QVariantMap& record);
+
     Contact m_contact = Contact::NotHeard;
-    QString m_lostSince;
+    bool m_isToldLost = false; ///< by the collector, and not restored since
+    QString m_lastAnswer;
     QMap<int, QVariant> m_liveData;
 };

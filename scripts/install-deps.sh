@@ -5,6 +5,7 @@ set -euo pipefail
 packages=(
     g++ cmake ninja-build pkg-config
     qtbase5-dev                 # Qt 5: plugin, host, tests
+    libqt5sql5-sqlite           # the host's journal
     libhidapi-dev libudev-dev   # USB HID units, linked into the plugin
     libmodbus-dev               # the simulated units
     mbpoll                      # the independent client that tests the simulated units

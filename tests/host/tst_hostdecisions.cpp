@@ -91,7 +91,8 @@ private slots:
         };
         row("file order", "; c\n[Z]\nportName=p\n[A]\ncommType=1\nipAddr=h\naddr=255\n", "Z|A");
         row("nested name, selection only inside it", "[s/A]\nportName=p\neventChooseList\\3=1\n", "s/A");
-        row("group without a key is no unit", "[A]\n[B]\nportName=p\n", "B");
+        row("group without a key", "[A]\n[B]\nportName=p\n", "", "[A] has no keys");
+        row("comment behind a section", "[B] ; rack 3\nportName=p\n", "B");
         row("empty", "", "", "no unit");
         row("no group", "portName=p\n", "", "[General]");
         row("address not a number", "[A]\nportName=p\naddr=one\n", "", "A/addr=one");
@@ -105,6 +106,26 @@ private slots:
         row("TCP without host", "[A]\ncommType=1\nportName=p\n", "", "A/ipAddr is missing");
         row("second unit wrong", "[A]\nportName=p\n[B]\nx=1\n", "", "B/portName");
         row("not an INI file", "[A]\nportName=p\n\nhello\n", "", "line 4");
+    }
+    void checksLines()
+    {
+        const QTemporaryDir folder;
+        const auto errorOf = [&](const char* serial) {
+            for (const auto& content :
+                 {std::pair<const char*, const char*>("dev.ini", "[A]\nportName=/dev/p\n"),
+                  std::pair<const char*, const char*>("serial.ini", serial)}) {
+                QFile file(folder.filePath(QLatin1String(content.first)));
+                if (file.open(QIODevice::WriteOnly))
+                    file.write(content.second);
+            }
+            return unitlist::lineError(folder.filePath(QStringLiteral("serial.ini")),
+                                       folder.filePath(QStringLiteral("dev.ini")), {QStringLiteral("A")});
+        };
+        QCOMPARE(errorOf("[other]\nparam=nonsense\n"), QString());
+        QCOMPARE(errorOf("[dev/p]\nparam=9600,n,8,1\ntimeout=300\n"), QString());
+        QVERIFY(errorOf("[dev/p]\nparam=9600,x,8,1\n\n").contains(QLatin1String("param=9600,x,8,1")));
+        QVERIFY(errorOf("[dev/p]\ntimeout=50\n\n\n").contains(QLatin1String("timeout=50")));
+        QVERIFY(errorOf("[dev/p]\ntimeout=soon\n\n\n\n").contains(QLatin1String("timeout=soon")));
     }
     void readsUnits()
     {
@@ -174,19 +195,23 @@ private slots:
         UnitState state;
         const auto status = [&] { return recordtext::status(state, logRow); };
 
-        state.apply(2007, dataRecord(data));
+        state.apply(2007, dataRecord(data), 0);
         QCOMPARE(status(), QStringLiteral("no answer yet"));
-        state.apply(1041, makeRecord({}));
+        state.apply(1041, makeRecord({}), 0);
         QCOMPARE(status(), QStringLiteral("no answer yet"));
-        state.apply(1040, makeRecord({}));
+        state.apply(1040, makeRecord({}), 0);
         QVERIFY(!status().contains(QLatin1String("220.0")));
-        state.apply(2007, dataRecord(data));
+        state.apply(2007, dataRecord(data), 0);
         QVERIFY(status().contains(QLatin1String("220.0")) && status().endsWith(QLatin1String(" 96 %")));
-        state.apply(1041, makeRecord({}));
-        state.apply(2007, dataRecord(data)); // reports go on while the unit is lost
+        state.apply(2007, dataRecord(data), 1); // not told as lost yet: that may take minutes over TCP
+        QCOMPARE(status(), QStringLiteral("no answer since 07:08:09"));
+        state.apply(2007, dataRecord(data), 0);
+        QVERIFY(status().contains(QLatin1String("220.0")));
+        state.apply(1041, makeRecord({}), 0);
+        state.apply(2007, dataRecord(data), 0); // reports go on while the unit is lost
         QCOMPARE(status(), QStringLiteral("no answer since 07:08:09"));
         QVERIFY(state.liveData().isEmpty());
-        state.apply(1040, makeRecord({}));
+        state.apply(1040, makeRecord({}), 0);
         QCOMPARE(status(), QStringLiteral("waiting for values"));
     }
 

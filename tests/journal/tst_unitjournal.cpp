@@ -1,0 +1,148 @@
+// What the host hands over to the journal, of all that a collector tells, and how exports are asked for.
+
+#include "collectthread.h"
+#include "hostoptions.h"
+#include "journal.h"
+#include "journalreading.h"
+#include "unitjournal.h"
+
+#include <QTemporaryDir>
+#include <QtTest>
+
+namespace {
+
+constexpr int missedAnswer = -1; // no event: a cycle that failed
+
+// Tells what the test says, on the test's thread.
+class ScriptedCollector : public CollectThread
+{
+public:
+    QStringList changeLogData(QMap<int, QVariant> data) override { return {data.value(4133).toString()}; }
+};
+
+// As a collector's record looks at the end of a report: with the keys of everything that came before.
+QVariantMap fullRecord()
+{
+    return {{QStringLiteral("name"), QStringLiteral("A")},
+            {QStringLiteral("alarmId"), 1},
+            {QStringLiteral("alarmState"), 1},
+            {QStringLiteral("dis_alarm"), 1},
+            {QStringLiteral("state"), 5},
+            {QStringLiteral("controlId"), 1045},
+            {QStringLiteral("controlValue"), QStringLiteral("h.csv")},
+            {QStringLiteral("desc"), QStringLiteral("done")},
+            {QStringLiteral("result"), 7},
+            {QStringLiteral("data"), QVariant::fromValue(QMap<int, QVariant>{{4133, 220}})}};
+}
+
+} // namespace
+
+class UnitJournalTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    // Each type keeps its own keys only, and nothing is kept twice.
+    void keepsEventsWithTheirOwnKeys()
+    {
+        tell({2006, 2001, 2007, 1041, 1040, 2001, 1042, 2009, 2010, 1029});
+        QCOMPARE(stored(QStringLiteral("SELECT type || '|' || ifnull(code, '-') || '|' || ifnull(state, '-') "
+                                       "|| '|' || text FROM event ORDER BY id")),
+                 QStringList({QStringLiteral("2006|1|1|Fan fault "),
+                              QStringLiteral("1041|-|5|no answer: communication lost"),
+                              QStringLiteral("1040|-|5|communication established"),
+                              QStringLiteral("1042|1045|7|done"),
+                              QStringLiteral("2009|-|1|status point 2368 is now 1"),
+                              QStringLiteral("2010|-|1|status point 2022 is now 1"),
+                              QStringLiteral("1029|1045|-|h.csv")}));
+        QCOMPARE(stored(QStringLiteral("SELECT record FROM event WHERE type = 2006")),
+                 QStringList(QStringLiteral("{\"alarmId\":1,\"alarmState\":1,\"name\":\"A\"}")));
+    }
+
+    void logsLiveValuesOnly_data()
+    {
+        QTest::addColumn<QList<int>>("types");
+        QTest::addColumn<int>("rows");
+        QTest::newRow("not heard") << QList<int>{2007, 1041, 2007} << 0;
+        QTest::newRow("heard, no values yet") << QList<int>{1040} << 0;
+        QTest::newRow("answers") << QList<int>{1040, 2007, 2007} << 1; // the second is not yet due
+        QTest::newRow("lost") << QList<int>{1040, 1041, 2007} << 0;
+        QTest::newRow("missed an answer") << QList<int>{1040, missedAnswer, 2007} << 0;
+        QTest::newRow("back") << QList<int>{1040, 1041, 2007, 1040, 2007} << 1;
+    }
+    void logsLiveValuesOnly()
+    {
+        QFETCH(QList<int>, types);
+        tell(types);
+        QTEST(stored(QStringLiteral("SELECT unit FROM data_log WHERE input_voltage = '220'")).size(), "rows");
+    }
+
+    void logsAtStepsOfTheInterval()
+    {
+        LogSchedule schedule(10);
+        QList<int> taken;
+        for (const int ms : {3, 4, 12, 14, 22, 23, 32, 58, 59, 67, 68})
+            taken += schedule.take(ms) ? QList<int>{ms} : QList<int>{};
+        QCOMPARE(taken, QList<int>({3, 14, 23, 58, 68})); // no row is made up for, none drifts
+    }
+
+    void refusesOptions_data()
+    {
+        QTest::addColumn<QString>("error");
+        const auto row = [](const char* arguments, const char* error) {
+            QTest::newRow(arguments) << QString::fromLatin1(error);
+        };
+        row("--log-interval 0", "--log-interval 0: a whole number from 1");
+        row("--keep-days 1.5", "--keep-days 1.5: a whole number from 0");
+        row("--journal=", "--journal");
+        row("--export-log=", "--export-log");
+        row("--from 2024-03-05", "--from goes with");
+        row("--export-log a --from yesterday", "--from \"yesterday\"");
+        row("--export-log a --from 2024-03-05T10:00 --to 2024-03-05T10:00", "--to");
+        row("--export-log a --units A", "--units does not go");
+        row("--export-log - --export-events -", "--export-log -");
+        row("--export-log a --journal none", "--journal none");
+    }
+    void refusesOptions()
+    {
+        QFETCH(QString, error);
+        const QString text = QStringLiteral("ups-host ") + QString::fromLatin1(QTest::currentDataTag());
+        const QString actual = parseOptions(text.split(QLatin1Char(' '))).error;
+        QVERIFY2(actual.startsWith(error), qPrintable(actual));
+    }
+
+    void exportsOneDay()
+    {
+        const HostOptions options =
+            parseOptions({QStringLiteral("ups-host"), QStringLiteral("--export-log=a"),
+                          QStringLiteral("--from=2024-03-05"), QStringLiteral("--to=2024-03-05")})
+                .options;
+        QCOMPARE(options.journalFile, QStringLiteral("journal.sqlite"));
+        QCOMPARE(*options.exports.toUtcMs - *options.exports.fromUtcMs, 24 * 3600 * 1000);
+    }
+
+private:
+    void tell(const QList<int>& types)
+    {
+        m_folder.reset(new QTemporaryDir);
+        Journal journal({m_folder->filePath(QStringLiteral("j")), {}, 0}, [](const QString&) {});
+        ScriptedCollector collector;
+        const QStringList texts{QString(), QStringLiteral("Fan fault ")};
+        const UnitJournal unitJournal(QStringLiteral("A"), collector, texts, 10, journal);
+        for (const int type : types) {
+            if (type == missedAnswer)
+                ++collector.m_failureCount;
+            else
+                emit collector.postDEvent(type, fullRecord());
+        }
+    }
+    QStringList stored(const QString& statement) const
+    {
+        return readColumn(m_folder->filePath(QStringLiteral("j")), statement);
+    }
+
+    std::unique_ptr<QTemporaryDir> m_folder;
+};
+
+QTEST_GUILESS_MAIN(UnitJournalTest)
+#include "tst_unitjournal.moc"
