@@ -75,6 +75,14 @@ void Rig::writeFile(const QString& name, const QByteArray& content)
     file.write(content);
 }
 
+QString Rig::runHost(const QStringList& arguments, int* exitCode)
+{
+    startIn(m_host, m_folder.path(), QStringLiteral("ups-host"), arguments);
+    const bool hasEnded = m_host.waitForFinished(3 * startTimeoutMs);
+    *exitCode = hasEnded && m_host.exitStatus() == QProcess::NormalExit ? m_host.exitCode() : -1;
+    return QString::fromUtf8(m_host.readAllStandardOutput());
+}
+
 void Rig::startHost(const QStringList& arguments)
 {
     m_unread.clear();

@@ -25,6 +25,8 @@ public:
     void writeUnits(const QStringList& lines);
     void writeFile(const QString& name, const QByteArray& content);
 
+    /// Runs the host to its end and returns what it printed; exitCode gets -1 when it did not end well.
+    QString runHost(const QStringList& arguments, int* exitCode);
     /// Starts the host with JSON output.
     void startHost(const QStringList& arguments);
     /// Reads what the host has printed; true once an event of this unit and type is among it (since the
