@@ -32,11 +32,10 @@ stop_simulators() {
 }
 on_signal() {
     interrupted=yes
-    if [[ -n $host ]]; then
-        kill -TERM "$host" 2>/dev/null || true
-    else
-        exit 130
-    fi
+    [[ -z $host ]] || kill -TERM "$host" 2>/dev/null || true
+}
+end_if_interrupted() {
+    [[ -z $interrupted ]] || exit 130
 }
 
 take_lock() {
@@ -45,12 +44,13 @@ take_lock() {
     flock --nonblock 9 || fail "another demo runs in this folder; end it first"
 }
 
-# start_simulator LOG READY_PATTERN OPTION...: starts one and waits until its log has the line.
+# start_simulator LOG READY_PATTERN OPTION...: starts one and waits until its log has the line. Should this
+# script be killed, its children are ended by the system.
 start_simulator() {
     local log=$1 ready=$2
     shift 2
     : >"$log"
-    ./ups-sim "$@" >"$log" 2>&1 9>&- &
+    setpriv --pdeathsig TERM ./ups-sim "$@" >"$log" 2>&1 9>&- &
     local pid=$!
     simulators+=("$pid")
     local deadline=$((SECONDS + ready_limit_s))
@@ -58,6 +58,7 @@ start_simulator() {
         if ! kill -0 "$pid" 2>/dev/null; then
             fail "ups-sim $* ended at once: $(tail -n 1 "$log")"
         fi
+        end_if_interrupted
         ((SECONDS < deadline)) || fail "ups-sim $* is not ready after $ready_limit_s s; see $run/$log"
         sleep 0.1
     done
@@ -65,8 +66,10 @@ start_simulator() {
 
 start_units() {
     start_simulator sim-serial.log '^serial line .* ready' \
-        --serial ttyUPS --baud 9600 --address 1 --address 2 --trace trace-serial.jsonl
-    start_simulator sim-tcp.log '^listening on ' --tcp 0 --trace trace-tcp.jsonl
+        --serial ttyUPS --baud 9600 --address 1 --address 2 --scenario demo \
+        --trace trace-serial.jsonl
+    start_simulator sim-tcp.log '^listening on ' --tcp 0 --scenario demo \
+        --trace trace-tcp.jsonl
     local port
     port=$(sed -n 's/^listening on .*:\([0-9][0-9]*\)$/\1/p' sim-tcp.log | head -n 1)
     [[ -n $port ]] || fail "ups-sim did not say its TCP port; see $run/sim-tcp.log"
@@ -75,7 +78,8 @@ start_units() {
 
 run_host() {
     local status
-    ./ups-host "$@" 9>&- &
+    end_if_interrupted
+    setpriv --pdeathsig TERM ./ups-host "$@" 9>&- &
     host=$!
     # A trap ends wait early: then the host is still ending, and its own status counts.
     while :; do

@@ -6,7 +6,6 @@
 #include <algorithm>
 #include <charconv>
 #include <cstring>
-#include <iterator>
 #include <string_view>
 
 namespace driver {
@@ -116,9 +115,8 @@ std::optional<RegisterWrite> parseSetting(int point, char* value)
 
 std::optional<RegisterWrite> parseUnitCommand(int code, char* argument)
 {
-    const auto* row = std::find_if(std::begin(unitmap::commandRows), std::end(unitmap::commandRows),
-                                   [code](const unitmap::CommandRow& r) { return r.code == code; });
-    if (row == std::end(unitmap::commandRows))
+    const unitmap::CommandRow* row = unitmap::rowOfCommand(code);
+    if (!row)
         return std::nullopt;
     RegisterWrite write{unitmap::WriteMultipleRegisters,
                         unitmap::commandRegister,
@@ -148,6 +146,12 @@ std::optional<RegisterWrite> parseCommand(const char* command)
         return std::nullopt;
     return *number >= firstSettingPoint ? parseSetting(*number, argument)
                                         : parseUnitCommand(*number, argument);
+}
+
+bool isHistoryDownload(const RegisterWrite& write)
+{
+    return write.firstRegister == unitmap::commandRegister &&
+           write.values[0] == static_cast<int>(unitmap::Command::DownloadHistory);
 }
 
 } // namespace driver

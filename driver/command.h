@@ -16,4 +16,7 @@ constexpr int maxCommandLength = 49;
 /// Refused: null, points that are not settings, unknown codes, values that do not fit the registers.
 std::optional<RegisterWrite> parseCommand(const char* command);
 
+/// Whether what parseCommand() returned asks for the history.
+bool isHistoryDownload(const RegisterWrite& write);
+
 } // namespace driver

@@ -2,9 +2,12 @@
 
 #include "command.h"
 #include "decode.h"
+#include "historyfetch.h"
+#include "historyfile.h"
 #include "transaction.h"
 
 #include <array>
+#include <optional>
 
 using namespace driver;
 
@@ -40,6 +43,37 @@ ControlResult resultOf(ReplyError error)
     return BadReply;
 }
 
+ControlResult resultOf(const History& history)
+{
+    switch (history.result) {
+    case FetchResult::LineFailed:
+        return resultOf(history.lineError);
+    case FetchResult::BadHistory:
+        return BadReply;
+    case FetchResult::Unsteady:
+        return HistoryMoving;
+    case FetchResult::Complete:
+        break;
+    }
+    return Done;
+}
+
+/// The file comes first: when it cannot be written, the line is spared.
+ControlResult downloadHistory(PortHandle& port, int address, const RegisterWrite& command)
+{
+    std::optional<HistoryFile> file = HistoryFile::create();
+    if (!file)
+        return FileNotWritten;
+    Transaction transaction(port);
+    const ReplyError error = transaction.run(writeRequest(address, command));
+    if (error != ReplyError::None)
+        return resultOf(error);
+    const History history = fetchHistory(transaction, address);
+    if (history.result != FetchResult::Complete)
+        return resultOf(history);
+    return file->publish(history.records) ? Done : FileNotWritten;
+}
+
 } // namespace
 
 int Query(PortHandle* port, int address, PointCallback callback, void* context)
@@ -67,5 +101,7 @@ int Control(PortHandle* port, int address, const char* command, void* /*context*
     const std::optional<RegisterWrite> write = parseCommand(command);
     if (!write)
         return Refused;
+    if (isHistoryDownload(*write))
+        return downloadHistory(*port, address, *write);
     return resultOf(Transaction(*port).run(writeRequest(address, *write)));
 }

@@ -17,6 +17,10 @@ const QString baudName = QStringLiteral("baud");
 const QString addressName = QStringLiteral("address");
 const QString nameName = QStringLiteral("name");
 const QString traceName = QStringLiteral("trace");
+const QString faultName = QStringLiteral("fault");
+const QString scenarioName = QStringLiteral("scenario");
+const QString seedName = QStringLiteral("seed");
+const QString timeScaleName = QStringLiteral("time-scale");
 const QString helpName = QStringLiteral("help");
 
 constexpr int maxNameBytes = 16;
@@ -39,6 +43,18 @@ void declareOptions(QCommandLineParser& parser)
          QStringLiteral("TEXT")},
         {traceName, QStringLiteral("Append what the units truly did to FILE, as JSON lines."),
          QStringLiteral("FILE")},
+        {faultName,
+         QStringLiteral("Misbehave from the start; repeat for more. One of: %1.").arg(faults::syntax()),
+         QStringLiteral("TEXT")},
+        {scenarioName,
+         QStringLiteral(
+             "What happens to the units: FILE (docs/scenarios.md), or mains (the mains fails every "
+             "half minute, the default), demo (two minutes that show every mode) or none."),
+         QStringLiteral("FILE")},
+        {seedName, QStringLiteral("Begin all chance from N (0): the same N gives the same course."),
+         QStringLiteral("N")},
+        {timeScaleName, QStringLiteral("Let the units' time run X times as fast, 0.01 to 1000 (1)."),
+         QStringLiteral("X")},
         {{QStringLiteral("h"), helpName}, QStringLiteral("Show this text.")},
     });
 }
@@ -105,6 +121,33 @@ bool readTransports(const QCommandLineParser& parser, Options& options, QString*
     return true;
 }
 
+bool readCourse(const QCommandLineParser& parser, Options& options, QString* error)
+{
+    constexpr double minScale = 0.01;
+    constexpr double maxScale = 1000;
+    if (parser.isSet(scenarioName))
+        options.scenario = parser.value(scenarioName);
+    if (options.scenario.isEmpty()) {
+        *error = QStringLiteral("--scenario: give a file, or one of mains, demo and none");
+        return false;
+    }
+    if (parser.isSet(seedName)) {
+        const std::optional<int> seed = number(seedName, parser.value(seedName), 0, 1000000000, error);
+        if (!seed)
+            return false;
+        options.seed = static_cast<std::uint32_t>(*seed);
+    }
+    if (parser.isSet(timeScaleName)) {
+        const QString text = parser.value(timeScaleName);
+        options.timeScale = text.toDouble();
+        if (!(options.timeScale >= minScale && options.timeScale <= maxScale)) {
+            *error = QStringLiteral("--time-scale %1: give a number from 0.01 to 1000").arg(text);
+            return false;
+        }
+    }
+    return true;
+}
+
 bool isUnitName(const QByteArray& name)
 {
     const bool isPrintable = std::none_of(name.begin(), name.end(), [](char byte) {
@@ -147,6 +190,19 @@ bool readUnits(const QCommandLineParser& parser, Options& options, QString* erro
     return true;
 }
 
+bool readFaults(const QCommandLineParser& parser, Options& options, QString* error)
+{
+    for (const QString& text : parser.values(faultName)) {
+        const std::optional<faults::Plan> plan = faults::parse(text, error);
+        if (!plan) {
+            error->prepend(QStringLiteral("--"));
+            return false;
+        }
+        options.faults.push_back(*plan);
+    }
+    return true;
+}
+
 } // namespace
 
 std::optional<Options> parseOptions(const QStringList& arguments, QString* error)
@@ -170,7 +226,8 @@ std::optional<Options> parseOptions(const QStringList& arguments, QString* error
         *error = QStringLiteral("--trace: give the path of the file to write");
         return std::nullopt;
     }
-    if (!readTransports(parser, options, error) || !readUnits(parser, options, error))
+    if (!readTransports(parser, options, error) || !readUnits(parser, options, error) ||
+        !readFaults(parser, options, error) || !readCourse(parser, options, error))
         return std::nullopt;
     return options;
 }

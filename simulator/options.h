@@ -1,10 +1,12 @@
 #pragma once
 
+#include "faultplan.h"
 #include "unitreport.h"
 
 #include <QString>
 #include <QStringList>
 
+#include <cstdint>
 #include <optional>
 #include <vector>
 
@@ -19,7 +21,11 @@ struct Options
     QString serialLink; ///< empty without a serial line
     int baud = 9600;    ///< 0 is unpaced
     std::vector<UnitIdentity> units;
-    QString tracePath; ///< empty without a trace
+    QString tracePath;                          ///< empty without a trace
+    QString scenario = QStringLiteral("mains"); ///< a built-in one or a file
+    std::uint32_t seed = 0;
+    double timeScale = 1; ///< virtual seconds in one of this machine
+    std::vector<faults::Plan> faults;
 };
 
 /// Reads the command line; `arguments` begin with the program's name. Nothing when something in it is wrong,

@@ -1,10 +1,10 @@
 #include "simulatedunit.h"
 
-#include "mainsplan.h"
 #include "trace.h"
 
 #include <algorithm>
 #include <new>
+#include <utility>
 
 namespace simulation {
 
@@ -54,17 +54,28 @@ modbus_mapping_t* checked(modbus_mapping_t* mapping)
     return mapping;
 }
 
+std::uint32_t seedOf(const UnitCourse& course, const UnitIdentity& identity)
+{
+    return course.seed + static_cast<std::uint32_t>(identity.address);
+}
+
 } // namespace
 
-SimulatedUnit::SimulatedUnit(const UnitIdentity& identity, std::int64_t startMs, Trace* trace)
+SimulatedUnit::SimulatedUnit(const UnitIdentity& identity, std::int64_t startMs, Trace* trace,
+                             UnitCourse course)
     : m_identity(identity)
-    , m_model(identity, static_cast<std::uint32_t>(identity.address), startMs)
+    , m_model(identity, seedOf(course, identity), startMs)
+    , m_randomAlarms(seedOf(course, identity))
+    , m_player(std::move(course.scenario), course.scenarioDelayMs)
+    , m_fault(std::move(course.fault))
     , m_trace(trace)
     , m_mapping(checked(modbus_mapping_new_start_address(0, 0, 0, unitmap::alarmPointCount, 0,
                                                          unitmap::holdingRegisterCount, 0,
                                                          unitmap::inputRegisterCount)))
     , m_commandMapping(checked(modbus_mapping_new_start_address(0, 0, 0, 0, unitmap::commandRegister,
                                                                 unitmap::commandRegisterCount, 0, 0)))
+    , m_historyMapping(checked(modbus_mapping_new_start_address(
+          0, 0, 0, 0, 0, 0, unitmap::historyHeaderRegister, unitmap::historyRegisterCount)))
 {
     if (m_trace) {
         m_trace->points(address(), m_model.image(), nullptr);
@@ -78,9 +89,21 @@ void SimulatedUnit::advance(int ms)
 {
     const std::lock_guard<std::mutex> guard(m_mutex);
     m_elapsedMs += ms;
-    m_model.setMainsPresent(isMainsPresent(m_elapsedMs, address()));
+    playScenario(ms);
     m_model.step(ms);
     publish();
+}
+
+RegisterImage SimulatedUnit::image() const
+{
+    const std::lock_guard<std::mutex> guard(m_mutex);
+    return m_published;
+}
+
+EventHistory SimulatedUnit::history() const
+{
+    const std::lock_guard<std::mutex> guard(m_mutex);
+    return m_history;
 }
 
 void SimulatedUnit::reply(modbus_t* context, const Bytes& request, int header)
@@ -104,6 +127,9 @@ void SimulatedUnit::reply(modbus_t* context, const Bytes& request, int header)
         }
         if (isCommand)
             mapping = m_commandMapping.get();
+    } else if (function == unitmap::ReadInputRegisters &&
+               wordAt(request, header + 1) >= unitmap::historyHeaderRegister) {
+        mapping = m_historyMapping.get();
     }
     modbus_reply(context, request.data(), static_cast<int>(request.size()), mapping);
 }
@@ -124,7 +150,7 @@ Refusal SimulatedUnit::runCommand(const std::vector<std::uint16_t>& values)
 {
     if (values.size() != unitmap::commandRegisterCount)
         return Refusal::IllegalAddress;
-    switch (m_model.command(values[0], values[1])) {
+    switch (execute(values[0], values[1])) {
     case CommandResult::UnknownCode:
     case CommandResult::BadArgument:
         return Refusal::IllegalValue;
@@ -139,11 +165,34 @@ Refusal SimulatedUnit::runCommand(const std::vector<std::uint16_t>& values)
     return Refusal::None;
 }
 
+CommandResult SimulatedUnit::execute(int code, std::uint16_t argument)
+{
+    const CommandResult result = m_model.command(code, argument);
+    if (result == CommandResult::Done && code == static_cast<int>(unitmap::Command::ClearHistory)) {
+        m_history.clear();
+        m_history.writeTo(m_historyMapping->tab_input_registers);
+    }
+    return result;
+}
+
+/// Every alarm that differs from the published one is an event, in the order of their indices.
+void SimulatedUnit::keepEvents(const RegisterImage& now)
+{
+    if (now.alarms == m_published.alarms)
+        return;
+    for (std::size_t i = 0; i < now.alarms.size(); ++i)
+        if (now.alarms[i] != m_published.alarms[i])
+            m_history.add(static_cast<int>(i), now.alarms[i] == 1, m_model.state().clockMs);
+    m_history.writeTo(m_historyMapping->tab_input_registers);
+}
+
 /// Makes the model's registers those that replies are made from. The trace is written under the unit's lock,
 /// so that no reply can carry a value that the trace does not hold yet.
 void SimulatedUnit::publish()
 {
-    const RegisterImage& now = m_model.image();
+    RegisterImage now = m_model.image();
+    m_forced.applyTo(now);
+    keepEvents(now);
     const bool buzzerOn = m_model.state().buzzerOn;
     if (m_trace) {
         m_trace->points(address(), now, &m_published);

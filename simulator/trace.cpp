@@ -1,6 +1,8 @@
 #include "trace.h"
 
 #include <QDateTime>
+#include <QJsonDocument>
+#include <QJsonObject>
 
 #include <cstdio>
 
@@ -85,6 +87,25 @@ void Trace::rejected(int address, int function, int firstRegister, Refusal refus
                                           ",\"register\":" + QByteArray::number(firstRegister) +
                                           ",\"exception\":" + QByteArray::number(int(refusal)) + ',');
     write(address, "\"rejected\":" + object(members));
+}
+
+void Trace::fault(int address, const QByteArray& text)
+{
+    write(address, "\"fault\":\"" + text + '"');
+}
+
+void Trace::fault(int address, const QByteArray& text, int function, int firstRegister)
+{
+    write(address, "\"fault\":\"" + text + "\",\"function\":" + QByteArray::number(function) +
+                       ",\"register\":" + QByteArray::number(firstRegister));
+}
+
+void Trace::scenario(int address, const QByteArray& action)
+{
+    // The text comes from a file and may hold anything.
+    const QJsonObject object{{QStringLiteral("scenario"), QString::fromUtf8(action)}};
+    const QByteArray json = QJsonDocument(object).toJson(QJsonDocument::Compact);
+    write(address, json.mid(1, json.size() - 2));
 }
 
 void Trace::write(int address, const QByteArray& members)

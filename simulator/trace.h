@@ -23,6 +23,9 @@ namespace simulation {
 ///     {"t":...,"address":1,"command":17,"argument":null} a command that was carried out
 ///     {"t":...,"address":1,"settings":{"3017":32}}      settings that were written, as raw registers
 ///     {"t":...,"address":1,"rejected":{"function":6,"register":9,"exception":2}}
+///     {"t":...,"address":1,"fault":"late 1500","function":4,"register":101}
+///         a fault that met a request; an outage that began by itself has address 0 and no request
+///     {"t":...,"address":1,"scenario":"mains off"}      an action of the scenario that begins
 ///
 /// A line stands in the file before any reply can carry what it tells. Any thread may write.
 class Trace
@@ -36,7 +39,10 @@ public:
     void buzzer(int address, bool on);
     void command(int address, int code, std::uint16_t argument);
     void settings(int address, int firstRegister, const std::vector<std::uint16_t>& values);
+    void scenario(int address, const QByteArray& action);
     void rejected(int address, int function, int firstRegister, Refusal refusal);
+    void fault(int address, const QByteArray& text);
+    void fault(int address, const QByteArray& text, int function, int firstRegister);
 
 private:
     explicit Trace(const QString& path);

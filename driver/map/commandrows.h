@@ -2,6 +2,24 @@
 
 namespace unitmap {
 
+/// What the units can be told to do; the numbers are the codes on the wire.
+enum class Command
+{
+    BatteryTest = 0,
+    DischargeToLow = 2,
+    CancelTest = 3,
+    ShutDown = 4,
+    StartUp = 7,
+    ShutDownToBypass = 9,
+    ToBypass = 10,
+    ToInverter = 11,
+    ClearFaults = 12,
+    ClearHistory = 13,
+    BuzzerOn = 17,
+    BuzzerOff = 18,
+    DownloadHistory = 20
+};
+
 /// What the text behind a command's code is for.
 enum class Argument
 {
@@ -12,7 +30,7 @@ enum class Argument
 /// One command that the units carry out.
 struct CommandRow
 {
-    int code;
+    Command code;
     Argument argument;
     const char* meaning;
 };
@@ -20,20 +38,29 @@ struct CommandRow
 // Code, what its argument is, meaning; in code order.
 // clang-format off
 constexpr CommandRow commandRows[] = {
-    { 0, Argument::Number,   "Battery test: of 20 s without an argument, else a discharge of so many minutes"},
-    { 2, Argument::Number,   "Discharge the battery until it is low"},
-    { 3, Argument::Number,   "Cancel the battery test"},
-    { 4, Argument::Number,   "Shut down, no output"},
-    { 7, Argument::Number,   "Start up"},
-    { 9, Argument::Number,   "Shut down to bypass"},
-    {10, Argument::Number,   "Transfer to bypass"},
-    {11, Argument::Number,   "Transfer to inverter"},
-    {12, Argument::Number,   "Clear faults"},
-    {13, Argument::Number,   "Clear the history"},
-    {17, Argument::Number,   "Buzzer on"},
-    {18, Argument::Number,   "Buzzer off"},
-    {20, Argument::FileName, "Download the history"},
+    {Command::BatteryTest,      Argument::Number,   "Battery test: of 20 s without an argument, else a discharge of so many minutes"},
+    {Command::DischargeToLow,   Argument::Number,   "Discharge the battery until it is low"},
+    {Command::CancelTest,       Argument::Number,   "Cancel the battery test"},
+    {Command::ShutDown,         Argument::Number,   "Shut down, no output"},
+    {Command::StartUp,          Argument::Number,   "Start up"},
+    {Command::ShutDownToBypass, Argument::Number,   "Shut down to bypass"},
+    {Command::ToBypass,         Argument::Number,   "Transfer to bypass"},
+    {Command::ToInverter,       Argument::Number,   "Transfer to inverter"},
+    {Command::ClearFaults,      Argument::Number,   "Clear faults"},
+    {Command::ClearHistory,     Argument::Number,   "Clear the history"},
+    {Command::BuzzerOn,         Argument::Number,   "Buzzer on"},
+    {Command::BuzzerOff,        Argument::Number,   "Buzzer off"},
+    {Command::DownloadHistory,  Argument::FileName, "Download the history: the registers below are about to be read"},
 };
 // clang-format on
+
+/// The row of a command's code, or null when no command has it.
+constexpr const CommandRow* rowOfCommand(int code)
+{
+    for (const CommandRow& row : commandRows)
+        if (static_cast<int>(row.code) == code)
+            return &row;
+    return nullptr;
+}
 
 } // namespace unitmap

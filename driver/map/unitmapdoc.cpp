@@ -1,6 +1,7 @@
 // Prints docs/register-map.md from the compiled tables.
 
 #include "commandrows.h"
+#include "historymap.h"
 #include "unitmap.h"
 #include "unitrows.h"
 
@@ -96,9 +97,39 @@ void printCommands()
         "| Code | Argument | Meaning |\n|---|---|---|\n",
         commandRegisterCount, commandRegister, commandRegister, noArgument, noArgument);
     for (const CommandRow& row : commandRows) {
-        std::printf("| %d | %s | %s |\n", row.code, row.argument == Argument::Number ? "number" : "none",
-                    row.meaning);
+        std::printf("| %d | %s | %s |\n", static_cast<int>(row.code),
+                    row.argument == Argument::Number ? "number" : "none", row.meaning);
     }
+}
+
+void printHistory()
+{
+    constexpr const char* fields[historyRecordLength] = {"index of the alarm, 0-511",
+                                                         "1: appeared, 0: cleared",
+                                                         "year within the century",
+                                                         "month",
+                                                         "day",
+                                                         "hour",
+                                                         "minute",
+                                                         "second"};
+    std::printf("\n## History (function 4)\n\nThe last %d alarms that appeared or cleared, by the unit's own "
+                "clock, the "
+                "oldest first. Read the header before\nand after the records: as long as its second register "
+                "is the same, "
+                "every record has kept its place.\nNeighbouring requests read different numbers of records, "
+                "so that a "
+                "reply is never taken for that of another.\n\n",
+                historyCapacity);
+    std::printf("| Registers | Meaning |\n|---|---|\n");
+    std::printf("| %d (0x%04X) | number of records |\n", historyHeaderRegister, historyHeaderRegister);
+    std::printf("| %d (0x%04X) | counter of the records lost so far, replaced by newer ones or cleared |\n",
+                historyHeaderRegister + 1, historyHeaderRegister + 1);
+    std::printf("| %s (0x%04X) | records of %d registers each, 0 where there is none |\n",
+                runOf(historyRegister, historyCapacity * historyRecordLength).c_str(), historyRegister,
+                historyRecordLength);
+    std::printf("\n| Register of a record | Meaning |\n|---|---|\n");
+    for (int i = 0; i < historyRecordLength; ++i)
+        std::printf("| %d | %s |\n", i, fields[i]);
 }
 
 } // namespace
@@ -112,5 +143,6 @@ int main()
     std::fputs(settingsNote, stdout);
     printBlocks();
     printCommands();
+    printHistory();
     return std::ferror(stdout) || std::fflush(stdout) ? 1 : 0;
 }

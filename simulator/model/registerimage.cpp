@@ -1,12 +1,15 @@
 #include "registerimage.h"
 
-#include <QDateTime>
+#include "civiltime.h"
 
 namespace simulation {
 
 void RegisterImage::set(int point, double value)
 {
-    raw(point) = unitmap::rawOf(*unitmap::rowOfPoint(point), value);
+    if (point < 3000)
+        alarms[static_cast<std::size_t>(point - 2000)] = value != 0;
+    else
+        raw(point) = unitmap::rawOf(*unitmap::rowOfPoint(point), value);
 }
 
 void RegisterImage::set(int firstPoint, const std::array<double, 3>& phases)
@@ -24,13 +27,8 @@ void RegisterImage::setText(int firstPoint, const QByteArray& text)
 
 void RegisterImage::setDate(int firstPoint, std::int64_t civilMs)
 {
-    const QDateTime moment = QDateTime::fromMSecsSinceEpoch(civilMs, Qt::UTC);
-    const QDate date = moment.date();
-    const QTime time = moment.time();
-    const int fields[] = {date.year() % 100, date.month(),  date.day(),
-                          time.hour(),       time.minute(), time.second()};
-    for (int field : fields)
-        raw(firstPoint++) = static_cast<std::uint16_t>(field);
+    for (std::uint16_t field : dateRegistersOf(civilMs))
+        raw(firstPoint++) = field;
 }
 
 double RegisterImage::value(int point) const

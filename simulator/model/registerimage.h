@@ -16,7 +16,8 @@ struct RegisterImage
     std::array<std::uint16_t, unitmap::inputRegisterCount> inputs{};
     std::array<std::uint16_t, unitmap::holdingRegisterCount> settings{};
 
-    /// Puts a value into the register of a mapped point (3000-3163, 4000-4275), rounded as unitmap does.
+    /// Puts a value into the register of a mapped point (2000-2511, 3000-3163, 4000-4275), rounded as unitmap
+    /// does.
     void set(int point, double value);
     /// The same for three consecutive points, one for each phase.
     void set(int firstPoint, const std::array<double, 3>& phases);

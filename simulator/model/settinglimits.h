@@ -46,7 +46,7 @@ constexpr SettingLimit settingLimits[] = {
     {3007,   0,     3, nullptr,            0},
     {3008,   0,     7, nullptr,            4},
     {3010,   0,     1, nullptr,            1},
-    {3011,   0,     1, nullptr,            0},
+    {3011,   0,     1, nullptr,            1},
     {3012,   0,     1, nullptr,            1},
     {3013,   0,     1, nullptr,            0},
     {3014,   0,     1, nullptr,            0},

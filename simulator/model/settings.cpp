@@ -1,8 +1,7 @@
 #include "settings.h"
 
+#include "civiltime.h"
 #include "settinglimits.h"
-
-#include <QDateTime>
 
 #include <algorithm>
 #include <iterator>
@@ -76,17 +75,6 @@ void fillInitialSettings(RegisterImage& image)
 {
     for (const SettingLimit& limit : settingLimits)
         image.raw(limit.point) = limit.initialRaw;
-}
-
-std::optional<std::int64_t> civilMsOf(const std::uint16_t* dateRegisters)
-{
-    if (dateRegisters[0] > 99)
-        return std::nullopt;
-    const QDate date(2000 + dateRegisters[0], dateRegisters[1], dateRegisters[2]);
-    const QTime time(dateRegisters[3], dateRegisters[4], dateRegisters[5]);
-    if (!date.isValid() || !time.isValid())
-        return std::nullopt;
-    return QDateTime(date, time, Qt::UTC).toMSecsSinceEpoch();
 }
 
 } // namespace simulation

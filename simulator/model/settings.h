@@ -3,7 +3,6 @@
 #include "registerimage.h"
 
 #include <cstdint>
-#include <optional>
 #include <vector>
 
 namespace simulation {
@@ -26,9 +25,5 @@ Refusal checkSettings(int firstRegister, const std::vector<std::uint16_t>& value
 
 /// Fills the settings of a unit as it comes from the works; texts and the system time stay empty.
 void fillInitialSettings(RegisterImage& image);
-
-/// The moment that six date registers name, in milliseconds of civil time, or nothing when there is no such
-/// date.
-std::optional<std::int64_t> civilMsOf(const std::uint16_t* dateRegisters);
 
 } // namespace simulation

@@ -1,6 +1,8 @@
 #pragma once
 
+#include "commandrows.h"
 #include "registerimage.h"
+#include "site.h"
 #include "unitreport.h"
 #include "unitstate.h"
 #include "wander.h"
@@ -10,25 +12,6 @@
 #include <vector>
 
 namespace simulation {
-
-/// Command codes of a unit. Code 0 is the self-test without an argument and a discharge of so many minutes
-/// with one.
-enum class Command
-{
-    Test = 0,
-    DischargeToLow = 2,
-    CancelTest = 3,
-    ShutDown = 4,
-    StartUp = 7,
-    ShutDownToBypass = 9,
-    ToBypass = 10,
-    ToInverter = 11,
-    ClearFault = 12,
-    ClearHistory = 13,
-    BuzzerOn = 17,
-    BuzzerOff = 18,
-    DownloadHistory = 20
-};
 
 enum class CommandResult
 {
@@ -47,8 +30,10 @@ public:
     /// `startMs` is the unit's civil time at the start, in milliseconds since the epoch.
     UnitModel(const UnitIdentity& identity, std::uint32_t seed, std::int64_t startMs);
 
-    /// Switches the mains (it feeds rectifier and bypass); takes effect with the next step.
-    void setMainsPresent(bool present) { m_state.mainsPresent = present; }
+    /// What surrounds the unit; changes take effect with the next step.
+    Site& site() { return m_site; }
+    /// Puts another charge into the battery, 0 to 100 %, as if time had passed.
+    void setBatteryCharge(double percent) { m_state.chargePercent = percent; }
 
     /// Moves on by so much virtual time; 10 to 1000 ms keep the integration accurate.
     void step(int ms);
@@ -80,24 +65,41 @@ private:
         Battery
     };
 
-    DcSource dcSource() const;
+    // Modes: what runs and who feeds the load.
+    void stepFeeds();
+    void stepEmergency();
+    void stepTest(int ms);
     void stepRectifier(int ms);
     void stepInverter(int ms);
     void stepPath();
-    void stepTest(int ms);
-    void stepSupply(double seconds);
+    void stepOverload(int ms);
+    DcSource dcSource() const;
+    bool isBypassUsable() const;
+    bool isEco() const;
+    CommandResult transfer(Target wanted);
+    void aimFor(Target wanted);
+    CommandResult startTest(BatteryTest test, std::int64_t durationMs);
+    CommandResult startDischarge(std::uint16_t argument);
+    void clearFaults();
+
+    // Powers: what flows then.
+    void stepVoltages(double seconds);
     void stepLoad(double seconds);
     void stepBattery(double seconds);
+    void switchBattery();
+    void discharge(double seconds);
+    void charge(double seconds);
+    void stepBatteryLimits();
     void stepInput();
     void stepTemperatures(double seconds);
-    void updateBatteryLimits();
-    CommandResult startTest(BatteryTest test, std::int64_t durationMs);
     double dcPowerW() const;
-    double chargeCurrentA() const;
     double blockVoltageV() const;
+    double capacityAh() const { return m_image.value(3018); }
+    double endBlockVoltageV(double rate) const;
 
     const UnitIdentity m_identity;
     std::mt19937 m_random;
+    Site m_site;
     UnitState m_state;
     RegisterImage m_image;
 
@@ -106,6 +108,10 @@ private:
     int m_rectifierStartMs = 0; ///< left of its soft start
     int m_inverterStartMs = 0;
     std::int64_t m_testLeftMs = 0;
+    double m_overloadUse = 0;  ///< how much of the allowance is used up; 1 is all
+    int m_lowLoadMs = 0;       ///< for how long an overload has been over
+    double m_demandW = 0;      ///< what the load asks for, supplied or not
+    double m_lowAtPercent = 0; ///< the charge at which the battery was found low
 
     std::array<Wander, 3> m_mainsWander;
     std::array<Wander, 3> m_loadWander;

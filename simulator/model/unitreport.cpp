@@ -5,9 +5,15 @@
 
 #include <QStringBuilder>
 
+#include <algorithm>
+
 namespace simulation {
 
 namespace {
+
+// Left when a unit is started.
+constexpr int batteryWarrantyDays = 812;
+constexpr int unitWarrantyDays = 1097;
 
 enum WorkMode
 {
@@ -56,20 +62,22 @@ void reportBattery(const UnitState& state, RegisterImage& image)
     image.setDate(4268, state.lastDischargeMs);
 }
 
-/// The flow points steer a diagram of paths, so no two of them may draw power both ways: "battery in use"
-/// means discharging, or being charged while the inverter draws nothing.
+/// The flow points steer a diagram of paths, so no two of them may draw power both ways: "inverter on" means
+/// that it feeds the load, "battery in use" that it is discharged, or charged while the inverter draws
+/// nothing.
 void reportFlow(const UnitState& state, RegisterImage& image)
 {
     const bool discharging = state.battery == Battery::Discharge;
-    const bool charging = !discharging && state.battery != Battery::Standby;
+    const bool charging =
+        !discharging && state.rectifier == Rectifier::Pfc && state.battery != Battery::Disconnected;
     const bool onInverter = state.path == OutputPath::Inverter;
     image.set(4218, state.path == OutputPath::Bypass);
     image.set(4219, state.rectifier == Rectifier::SoftStart || state.rectifier == Rectifier::Pfc);
     image.set(4220, state.rectifier == Rectifier::Pfc);
     image.set(4221, onInverter);
     image.set(4222, onInverter);
-    image.set(4223, state.path != OutputPath::None);
-    image.set(4224, discharging || (charging && state.inverter == Inverter::Off));
+    image.set(4223, state.isSupplied());
+    image.set(4224, discharging || (charging && !onInverter));
 }
 
 void reportOutput(const UnitState& state, RegisterImage& image)
@@ -109,8 +117,6 @@ void reportIdentity(const UnitIdentity& identity, RegisterImage& image)
     image.set(4248, 2);
     image.setText(4251, "R1.4");
     image.setText(4255, "I1.6");
-    image.set(4274, 812);
-    image.set(4275, 1097);
 
     fillInitialSettings(image);
     image.set(3037, rated);
@@ -128,7 +134,7 @@ void reportState(const UnitState& state, RegisterImage& image)
     reportBattery(state, image);
     reportThreePhase(state.input, 4133, image);
     reportOutput(state, image);
-    image.set(4190, state.mainsPresent);
+    image.set(4190, state.bypassFeed.isGood());
     reportThreePhase(state.bypass, 4192, image);
     reportFlow(state, image);
     image.set(4239, static_cast<int>(state.rectifier));
@@ -138,6 +144,8 @@ void reportState(const UnitState& state, RegisterImage& image)
     for (int i = 0; i < 4; ++i) // rated input and output voltage and frequency are settings
         image.set(4244 + i, image.value(3039 + i));
     image.set(4250, workModeOf(state));
+    image.set(4274, std::max(0, batteryWarrantyDays - state.daysRunning));
+    image.set(4275, std::max(0, unitWarrantyDays - state.daysRunning));
     for (const AlarmRule& rule : alarmRules)
         image.alarms[static_cast<std::size_t>(rule.index)] = rule.isActive(state) ? 1 : 0;
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 
@@ -29,6 +30,7 @@ enum class OutputPath
 };
 enum class Battery
 {
+    Disconnected = 0,
     Standby = 1,
     ChargeCurrent = 2,
     ChargeFloat = 3,
@@ -51,10 +53,26 @@ struct ThreePhase
     Phases powerFactor{};
 };
 
+/// A feed without its wandering: where it stands against what the unit is set for, and what the unit makes
+/// of that. Decisions look here, so that no alarm flickers with the noise of a measurement.
+struct Feed
+{
+    double voltagePercent = 100; ///< of the rated voltage; 0 when it is not there
+    double offsetHz = 0;         ///< from the rated frequency
+    bool tooLow = false;
+    bool tooHigh = false;
+    bool tooSlow = false;
+    bool tooFast = false;
+
+    bool isPresent() const { return voltagePercent > 0; }
+    bool isGood() const { return !tooLow && !tooHigh && !tooSlow && !tooFast; }
+};
+
 /// What a unit is and does at one moment, in physical units.
 struct UnitState
 {
-    bool mainsPresent = true;
+    Feed mainsFeed;
+    Feed bypassFeed;
     bool outputWanted = true; ///< false after a shut-down command
     Rectifier rectifier = Rectifier::Pfc;
     Inverter inverter = Inverter::Run;
@@ -63,9 +81,12 @@ struct UnitState
     BatteryTest test = BatteryTest::None;
     bool buzzerOn = false;
 
-    bool batteryLow = false;            ///< little left; clears well above its threshold
-    bool batteryEmpty = false;          ///< used up; nothing is drawn until the mains is back
+    bool batteryLow = false;            ///< near its end (DOD); clears well above
+    bool batteryEmpty = false;          ///< at its end (EOD); nothing is drawn until the mains is back
     bool endOfDischargeLatched = false; ///< stays until the battery has recovered or faults are cleared
+    bool selfTestFailed = false;        ///< stays until faults are cleared
+    bool overloadLatched = false; ///< the inverter has given up; until the load has been low for a while
+    bool emergencyOff = false;    ///< stays until faults are cleared with the button released
 
     ThreePhase input;
     ThreePhase bypass;
@@ -74,6 +95,7 @@ struct UnitState
     Phases outputKw{};
     Phases outputKvar{};
     Phases loadPercent{};
+    double demandPercent = 0; ///< what the largest phase asks for, supplied or not
 
     double batteryVoltageV = 270; ///< of each half; the negative half shows it with a minus sign
     double batteryCurrentA = 0.2; ///< of each half, without direction
@@ -85,6 +107,10 @@ struct UnitState
 
     std::int64_t clockMs = 0;         ///< the unit's own civil time since the epoch
     std::int64_t lastDischargeMs = 0; ///< civil time at which the battery last took over
+    int daysRunning = 0;
+
+    bool isSupplied() const { return path != OutputPath::None; }
+    double largestLoadPercent() const { return *std::max_element(loadPercent.begin(), loadPercent.end()); }
 };
 
 } // namespace simulation

@@ -59,16 +59,21 @@ Endpoint::Endpoint(Framing framing, SimulatedUnit& unit)
     modbus_set_response_timeout(m_context.get(), 0, 1);
 }
 
+bool Endpoint::isMeantAlone(const Bytes& request)
+{
+    return isWhole(request) && addressIn(request) == m_unit.address() && isIntact(request);
+}
+
 Bytes Endpoint::answer(const Bytes& request)
 {
-    const int header = modbus_get_header_length(m_context.get());
-    if (request.size() <= static_cast<std::size_t>(header) || request.size() > MODBUS_MAX_ADU_LENGTH)
+    if (!isWhole(request))
         return {};
-    const int address = request[static_cast<std::size_t>(header) - 1];
+    const int address = addressIn(request);
     const bool isBroadcast = m_framing == Framing::Rtu && address == MODBUS_BROADCAST_ADDRESS;
     if ((address != m_unit.address() && !isBroadcast) || !isIntact(request))
         return {};
 
+    const int header = static_cast<int>(addressOffset(m_framing)) + 1;
     std::array<std::uint8_t, MODBUS_MAX_ADU_LENGTH> received{};
     const auto requestSize = static_cast<ssize_t>(request.size());
     if (!isServed(request[static_cast<std::size_t>(header)]))
@@ -81,6 +86,17 @@ Bytes Endpoint::answer(const Bytes& request)
     dropAvailable(m_unitEnd.get());
     const Bytes reply = takeSent();
     return isBroadcast ? Bytes() : reply;
+}
+
+/// Whether address and function are there, and no more than a request can be.
+bool Endpoint::isWhole(const Bytes& request) const
+{
+    return request.size() >= addressOffset(m_framing) + 2 && request.size() <= MODBUS_MAX_ADU_LENGTH;
+}
+
+int Endpoint::addressIn(const Bytes& request) const
+{
+    return request[addressOffset(m_framing)];
 }
 
 /// Whether the checksum of a serial frame is right, whatever its function: libmodbus knows the length of its

@@ -2,6 +2,7 @@
 
 #include "bytes.h"
 #include "filedescriptor.h"
+#include "framing.h"
 
 #include <modbus.h>
 
@@ -10,12 +11,6 @@
 namespace simulation {
 
 class SimulatedUnit;
-
-enum class Framing
-{
-    Rtu,
-    Tcp
-};
 
 /// A unit's place on one transport: a libmodbus server context behind a private pair of sockets. The
 /// transports only find out where a request begins and ends and hand it through here whole; parsing, checks
@@ -27,6 +22,9 @@ public:
     /// `unit` must outlive the endpoint. Throws std::system_error when the system has no sockets left.
     Endpoint(Framing framing, SimulatedUnit& unit);
 
+    /// Whether a request is for this one unit, and undamaged.
+    bool isMeantAlone(const Bytes& request);
+
     /// The reply to one whole request; empty for another unit's request, a broadcast or a damaged frame.
     Bytes answer(const Bytes& request);
 
@@ -36,6 +34,8 @@ private:
         void operator()(modbus_t* context) const { modbus_free(context); }
     };
 
+    bool isWhole(const Bytes& request) const;
+    int addressIn(const Bytes& request) const;
     bool isIntact(const Bytes& request);
     Bytes takeSent();
 

@@ -53,13 +53,19 @@ Bytes PacedLine::takeFrame(Time now)
     return std::exchange(m_received, {});
 }
 
-void PacedLine::send(Bytes reply)
+void PacedLine::send(Bytes reply, Time earliest, std::optional<Duration> gap)
 {
     Transmission sending;
-    sending.start = std::max(m_frameEnd, m_sentEnd) + m_silence;
+    sending.start = std::max({m_frameEnd + m_silence, m_sentEnd + gap.value_or(m_silence), earliest});
     sending.bytes = std::move(reply);
     m_sentEnd = arrival(sending, sending.bytes.size());
     m_sending.push_back(std::move(sending));
+}
+
+void PacedLine::clear()
+{
+    m_received.clear();
+    m_sending.clear();
 }
 
 Bytes PacedLine::takeArrived(Time now)

@@ -25,9 +25,12 @@ public:
     /// The received frame once the line has been silent long enough behind it; empty before. A frame longer
     /// than any request comes cut.
     Bytes takeFrame(Time now);
-    /// Sends a reply: it begins when the frame taken last has ended and the silence behind it is over, or a
-    /// silence after the reply before it.
-    void send(Bytes reply);
+    /// Sends a reply: it begins when the frame taken last has ended and the silence behind it is over, a
+    /// silence after the reply before it, and not before `earliest`. A `gap` takes the place of the silence
+    /// between replies.
+    void send(Bytes reply, Time earliest = {}, std::optional<Duration> gap = {});
+    /// Forgets what is on its way in either direction.
+    void clear();
     /// The bytes of replies that have arrived at the master by now.
     Bytes takeArrived(Time now);
     /// When takeFrame() or takeArrived() will have something; nothing while the line is idle.

@@ -1,6 +1,8 @@
 #include "pseudoterminal.h"
 
+#include <QDir>
 #include <QFile>
+#include <QFileInfo>
 
 #include <array>
 #include <cerrno>
@@ -16,13 +18,16 @@ namespace simulation {
 
 namespace {
 
-/// A lock on this byte of a slave tells that its link is served; far behind anything a client would lock.
-struct flock servedLock()
+/// A lock on this byte of a slave tells that it is served under this link, and no other: the number that a
+/// stale link names may meanwhile be another line's. Far behind anything a client would lock.
+struct flock servedLock(const QByteArray& link)
 {
+    const QFileInfo file(QFile::decodeName(link));
+    const QString path = file.dir().canonicalPath() + QLatin1Char('/') + file.fileName();
     struct flock lock = {};
     lock.l_type = F_WRLCK;
     lock.l_whence = SEEK_SET;
-    lock.l_start = 0x7ffffff0;
+    lock.l_start = 0x40000000 + static_cast<off_t>(qHash(path) % 0x3fffffff);
     lock.l_len = 1;
     return lock;
 }
@@ -35,11 +40,11 @@ QByteArray targetOf(const QByteArray& link)
     return length > 0 ? QByteArray(target.data(), static_cast<int>(length)) : QByteArray();
 }
 
-/// Whether a running program of this kind serves the terminal (a number may meanwhile be another's terminal).
-bool isServed(const QByteArray& slaveName)
+/// Whether a running program of this kind serves the terminal under this link.
+bool isServed(const QByteArray& slaveName, const QByteArray& link)
 {
     const FileDescriptor slave(::open(slaveName.constData(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC));
-    struct flock lock = servedLock();
+    struct flock lock = servedLock(link);
     return slave.isOpen() && ::fcntl(slave.get(), F_OFD_GETLK, &lock) == 0 && lock.l_type != F_UNLCK;
 }
 
@@ -79,7 +84,7 @@ bool PseudoTerminal::openTerminal()
         return false;
     m_slaveName = name.data();
     m_slave = FileDescriptor(::open(name.data(), O_RDWR | O_NOCTTY | O_CLOEXEC));
-    struct flock lock = servedLock();
+    struct flock lock = servedLock(m_link);
     if (!m_slave.isOpen() || ::fcntl(m_slave.get(), F_OFD_SETLK, &lock) != 0)
         return false;
     keepRaw();
@@ -96,7 +101,7 @@ bool PseudoTerminal::makeLink(QString* error)
     const QString link = QFile::decodeName(m_link);
     if (target.startsWith("/dev/pts/")) {
         // A number given back by an earlier run is often the one that this terminal has got.
-        if (target != m_slaveName && isServed(target)) {
+        if (target != m_slaveName && isServed(target, m_link)) {
             *error =
                 QStringLiteral("the serial line %1 is in use by another ups-sim: stop that one or choose "
                                "another --serial path")
@@ -116,6 +121,11 @@ bool PseudoTerminal::makeLink(QString* error)
                                 "and can be written")
                      .arg(link, systemReason());
     return m_linked;
+}
+
+QString PseudoTerminal::link() const
+{
+    return QFile::decodeName(m_link);
 }
 
 void PseudoTerminal::handleClientNotice()

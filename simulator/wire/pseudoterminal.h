@@ -24,6 +24,7 @@ public:
     PseudoTerminal(const PseudoTerminal&) = delete;
     PseudoTerminal& operator=(const PseudoTerminal&) = delete;
 
+    QString link() const;
     /// The line's far end; non-blocking.
     int line() const { return m_master.get(); }
     /// Readable when a client has opened or closed the port; -1 where the system has no such notice left.

@@ -1,10 +1,13 @@
 #pragma once
 
-#include "bytes.h"
+#include "outageswitch.h"
 #include "pacedline.h"
 #include "pseudoterminal.h"
+#include "reply.h"
 
+#include <map>
 #include <memory>
+#include <poll.h>
 
 namespace simulation {
 
@@ -16,16 +19,34 @@ class SerialLine
 public:
     SerialLine(std::unique_ptr<PseudoTerminal> terminal, int baud, RequestHandler handler);
 
+    /// Refused: the device drops out, as an adapter that is unplugged, and comes back. BlackHole: what is
+    /// written is lost.
+    OutageSwitch& outages() { return m_outages; }
+
     /// Serves the line until `stopFd` is readable.
     void run(int stopFd);
 
 private:
+    using Time = OutageSwitch::Time;
+
+    void follow(LineState state);
+    bool plugIn();
+    std::optional<Time> nextEvent() const;
+    std::vector<pollfd> sources(int stopFd) const;
     void receive();
     void serve();
+    void take(Reply reply);
+    void send(const std::vector<Piece>& pieces, Time earliest);
 
-    const std::unique_ptr<PseudoTerminal> m_terminal;
+    const QString m_link;
     const RequestHandler m_handler;
+    OutageSwitch m_outages;
+    LineState m_state = LineState::Up;
+    std::unique_ptr<PseudoTerminal> m_terminal; ///< null while the device is gone
+    bool m_plugInFailed = false;                ///< told already
     PacedLine m_line;
+    /// Late replies. They take the line only when their time has come: other units answer meanwhile.
+    std::multimap<Time, std::vector<Piece>> m_late;
 };
 
 } // namespace simulation

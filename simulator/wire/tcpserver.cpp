@@ -1,31 +1,30 @@
 #include "tcpserver.h"
 
+#include "deadline.h"
+
 #include <modbus.h>
 
 #include <arpa/inet.h>
-#include <array>
 #include <cerrno>
+#include <cstdio>
+#include <fcntl.h>
 #include <netinet/in.h>
-#include <netinet/tcp.h>
-#include <poll.h>
 #include <sys/socket.h>
 #include <system_error>
+#include <utility>
 
 namespace simulation {
 
 namespace {
 
 constexpr std::size_t maxClients = 64;
+constexpr std::chrono::seconds reopenPeriod{1};
 
-// A request: transaction (2), protocol (2, always 0), length of what follows (2), unit (1), function (1), ...
-constexpr std::size_t lengthEnd = 6;
-constexpr std::size_t shortestRest = 2;  ///< unit and function
-constexpr std::size_t longestRest = 254; ///< unit and a PDU of 253 bytes
-
-std::size_t wordAt(const Bytes& bytes, std::size_t offset)
-{
-    return static_cast<std::size_t>(bytes[offset] << 8 | bytes[offset + 1]);
-}
+// The order of the sources that the server waits for.
+constexpr std::size_t stopIndex = 0;
+constexpr std::size_t noticeIndex = 1;
+constexpr std::size_t listenerIndex = 2;
+constexpr std::size_t firstClientIndex = 3;
 
 int boundPort(int socket)
 {
@@ -35,113 +34,155 @@ int boundPort(int socket)
     return ntohs(address.sin_port);
 }
 
+FileDescriptor openListener(const QString& address, int port)
+{
+    const std::unique_ptr<modbus_t, decltype(&modbus_free)> context(
+        modbus_new_tcp(address.toLatin1().constData(), port), &modbus_free);
+    FileDescriptor listener(context ? modbus_tcp_listen(context.get(), int(maxClients)) : -1);
+    // A client that is gone before it is accepted must not keep the others waiting.
+    if (listener.isOpen())
+        ::fcntl(listener.get(), F_SETFL, O_NONBLOCK);
+    return listener;
+}
+
+QString reasonText(const QString& address, int port)
+{
+    const int systemError = errno;
+    if (systemError == EADDRINUSE)
+        return QStringLiteral("port %2 on %1 is in use: choose another --tcp port, or 0 for any")
+            .arg(address, QString::number(port));
+    return QStringLiteral("cannot listen on port %2 of %1: %3: choose another --tcp port or --bind address")
+        .arg(address, QString::number(port),
+             QString::fromStdString(std::generic_category().message(systemError)));
+}
+
 } // namespace
 
 std::unique_ptr<TcpServer> TcpServer::listen(const QString& address, int port, RequestHandler handler,
                                              QString* error)
 {
-    const std::unique_ptr<modbus_t, decltype(&modbus_free)> context(
-        modbus_new_tcp(address.toLatin1().constData(), port), &modbus_free);
-    FileDescriptor listener(context ? modbus_tcp_listen(context.get(), int(maxClients)) : -1);
-    if (listener.isOpen()) {
-        const int bound = boundPort(listener.get());
-        return std::unique_ptr<TcpServer>(new TcpServer(std::move(listener), bound, std::move(handler)));
-    }
-    if (errno == EADDRINUSE)
-        *error = QStringLiteral("port %2 on %1 is in use: choose another --tcp port, or 0 for any")
-                     .arg(address, QString::number(port));
-    else
-        *error =
-            QStringLiteral("cannot listen on port %2 of %1: %3: choose another --tcp port or --bind address")
-                .arg(address, QString::number(port),
-                     QString::fromStdString(std::generic_category().message(errno)));
+    FileDescriptor listener = openListener(address, port);
+    if (listener.isOpen())
+        return std::unique_ptr<TcpServer>(new TcpServer(address, std::move(listener), std::move(handler)));
+    *error = reasonText(address, port);
     return nullptr;
 }
 
-TcpServer::TcpServer(FileDescriptor listener, int port, RequestHandler handler)
-    : m_listener(std::move(listener))
-    , m_port(port)
+TcpServer::TcpServer(const QString& address, FileDescriptor listener, RequestHandler handler)
+    : m_address(address)
     , m_handler(std::move(handler))
+    , m_listener(std::move(listener))
+    , m_port(boundPort(m_listener.get()))
 {}
 
 void TcpServer::run(int stopFd)
 {
-    std::vector<pollfd> sources;
     for (;;) {
-        sources.assign({{stopFd, POLLIN, 0}, {m_listener.get(), POLLIN, 0}});
-        // A client that does not take its replies is not read from either.
-        for (const Client& client : m_clients)
-            sources.push_back({client.socket.get(), short(client.unsent.empty() ? POLLIN : POLLOUT), 0});
-        if (::poll(sources.data(), sources.size(), -1) < 0)
+        follow(m_outages.state(std::chrono::steady_clock::now()));
+        std::vector<pollfd> ready = sources(stopFd);
+        if (pollUntil(ready, nextEvent()) < 0)
             continue;
-        if (sources[0].revents != 0)
+        if (ready[stopIndex].revents != 0)
             return;
-        std::size_t index = 2;
-        for (auto client = m_clients.begin(); client != m_clients.end(); ++index) {
-            const bool isReady = sources[index].revents != 0;
-            const bool stays = !isReady || (client->unsent.empty() ? receive(*client) : flush(*client));
-            client = stays ? std::next(client) : m_clients.erase(client);
-        }
-        if (sources[1].revents != 0)
-            accept();
+        serveClients(ready);
+        if (ready[listenerIndex].revents != 0)
+            acceptAll();
     }
 }
 
-void TcpServer::accept()
+std::optional<TcpServer::Time> TcpServer::nextEvent() const
 {
-    FileDescriptor socket(::accept4(m_listener.get(), nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC));
-    if (!socket.isOpen() || m_clients.size() == maxClients)
+    OptionalTime next = m_outages.end();
+    for (const TcpClient& client : m_clients)
+        next = earlier(next, client.nextSend());
+    return next;
+}
+
+/// During an outage the system serves the connections, without us.
+std::vector<pollfd> TcpServer::sources(int stopFd) const
+{
+    const bool isUp = m_state == LineState::Up;
+    std::vector<pollfd> sources(firstClientIndex);
+    sources[stopIndex] = {stopFd, POLLIN, 0};
+    sources[noticeIndex] = {m_outages.notice(), POLLIN, 0};
+    sources[listenerIndex] = {isUp ? m_listener.get() : -1, POLLIN, 0};
+    if (isUp) {
+        for (const TcpClient& client : m_clients)
+            sources.push_back(client.source());
+    }
+    return sources;
+}
+
+void TcpServer::serveClients(const std::vector<pollfd>& sources)
+{
+    if (m_state != LineState::Up)
         return;
-    const int on = 1;
-    ::setsockopt(socket.get(), IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
-    m_clients.push_back({std::move(socket), {}, {}});
-}
-
-/// Takes what has come and answers the requests in it; false when the client is gone or beyond help.
-bool TcpServer::receive(Client& client)
-{
-    std::array<std::uint8_t, 4096> buffer{};
-    const ssize_t count = ::recv(client.socket.get(), buffer.data(), buffer.size(), 0);
-    if (count <= 0)
-        return count < 0 && (errno == EAGAIN || errno == EINTR);
-    client.received.insert(client.received.end(), buffer.begin(), buffer.begin() + count);
-    return answerAll(client) && flush(client);
-}
-
-/// Answers every request that is there as a whole. False when a length makes no sense: where the next request
-/// begins cannot be known then, so the connection ends.
-bool TcpServer::answerAll(Client& client)
-{
-    Bytes& received = client.received;
-    while (received.size() >= lengthEnd) {
-        const std::size_t rest = wordAt(received, 4);
-        if (rest < shortestRest || rest > longestRest)
-            return false;
-        if (received.size() < lengthEnd + rest)
-            break;
-        const auto end = received.begin() + static_cast<std::ptrdiff_t>(lengthEnd + rest);
-        const Bytes request(received.begin(), end);
-        received.erase(received.begin(), end);
-        // Another protocol's message is passed over: its length is right, its content is not ours.
-        if (wordAt(request, 2) != 0)
-            continue;
-        const Bytes reply = m_handler(request);
-        client.unsent.insert(client.unsent.end(), reply.begin(), reply.end());
+    std::size_t index = firstClientIndex;
+    for (auto client = m_clients.begin(); client != m_clients.end(); ++index) {
+        const bool isServed = sources[index].revents == 0 || client->serve(m_handler);
+        const bool stays = isServed && client->sendDue(std::chrono::steady_clock::now());
+        client = stays ? std::next(client) : m_clients.erase(client);
     }
-    return true;
 }
 
-/// Sends what the client takes now; false when it is gone.
-bool TcpServer::flush(Client& client)
+void TcpServer::acceptAll()
 {
-    if (client.unsent.empty())
+    for (;;) {
+        FileDescriptor socket(::accept4(m_listener.get(), nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC));
+        if (!socket.isOpen())
+            return;
+        if (m_clients.size() < maxClients)
+            m_clients.emplace_back(std::move(socket));
+    }
+}
+
+/// Does what the change from the present state to this one takes.
+void TcpServer::follow(LineState state)
+{
+    if (state == m_state)
+        return;
+    if (m_state == LineState::Refused && !reopen())
+        return;
+    if (m_state == LineState::BlackHole)
+        acceptAll();
+    if (state == LineState::Refused) {
+        m_clients.clear();
+        holdPort();
+    }
+    for (TcpClient& client : m_clients)
+        client.loseAll();
+    m_state = state;
+}
+
+/// Ends listening, but leaves the port to nobody else: without a listener connections are refused.
+void TcpServer::holdPort()
+{
+    m_listener = FileDescriptor();
+    FileDescriptor holder(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
+    const int on = 1;
+    ::setsockopt(holder.get(), SOL_SOCKET, SO_REUSEADDR, &on, sizeof on);
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_port = htons(static_cast<std::uint16_t>(m_port));
+    ::inet_pton(AF_INET, m_address.toLatin1().constData(), &address.sin_addr);
+    if (::bind(holder.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0)
+        m_listener = std::move(holder);
+}
+
+/// False when the port cannot be had: it is tried again in a while.
+bool TcpServer::reopen()
+{
+    FileDescriptor listener = openListener(m_address, m_port);
+    if (listener.isOpen()) {
+        m_listener = std::move(listener);
+        m_reopenFailed = false;
         return true;
-    const ssize_t count =
-        ::send(client.socket.get(), client.unsent.data(), client.unsent.size(), MSG_NOSIGNAL);
-    if (count < 0)
-        return errno == EAGAIN || errno == EINTR;
-    client.unsent.erase(client.unsent.begin(), client.unsent.begin() + count);
-    return true;
+    }
+    if (!m_reopenFailed)
+        std::fprintf(stderr, "ups-sim: %s (trying again)\n", qPrintable(reasonText(m_address, m_port)));
+    m_reopenFailed = true;
+    m_outages.set({LineState::Refused, reopenPeriod});
+    return false;
 }
 
 } // namespace simulation

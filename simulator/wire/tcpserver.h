@@ -1,7 +1,7 @@
 #pragma once
 
-#include "bytes.h"
-#include "filedescriptor.h"
+#include "outageswitch.h"
+#include "tcpclient.h"
 
 #include <QString>
 
@@ -10,8 +10,7 @@
 
 namespace simulation {
 
-/// Carries Modbus TCP requests of several clients to the units and their replies back. It looks at no more
-/// of a request than is needed to find its end.
+/// Carries Modbus TCP requests of several clients to the units and their replies back.
 class TcpServer
 {
 public:
@@ -22,27 +21,33 @@ public:
 
     int port() const { return m_port; }
 
+    /// Refused: no listener, and every connection closed. BlackHole: connections are made and kept by the
+    /// system alone; what came meanwhile is lost when it is over.
+    OutageSwitch& outages() { return m_outages; }
+
     /// Serves clients until `stopFd` is readable.
     void run(int stopFd);
 
 private:
-    struct Client
-    {
-        FileDescriptor socket;
-        Bytes received;
-        Bytes unsent;
-    };
+    using Time = OutageSwitch::Time;
 
-    TcpServer(FileDescriptor listener, int port, RequestHandler handler);
-    void accept();
-    bool receive(Client& client);
-    bool answerAll(Client& client);
-    static bool flush(Client& client);
+    TcpServer(const QString& address, FileDescriptor listener, RequestHandler handler);
+    void follow(LineState state);
+    void holdPort();
+    bool reopen();
+    void acceptAll();
+    std::optional<Time> nextEvent() const;
+    std::vector<pollfd> sources(int stopFd) const;
+    void serveClients(const std::vector<pollfd>& sources);
 
-    const FileDescriptor m_listener;
-    const int m_port;
+    const QString m_address;
     const RequestHandler m_handler;
-    std::list<Client> m_clients;
+    OutageSwitch m_outages;
+    LineState m_state = LineState::Up;
+    FileDescriptor m_listener; ///< while refused, a mere holder of the port
+    const int m_port;
+    bool m_reopenFailed = false; ///< told already
+    std::list<TcpClient> m_clients;
 };
 
 } // namespace simulation

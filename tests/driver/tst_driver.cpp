@@ -4,6 +4,7 @@
 
 #include <QElapsedTimer>
 #include <QRandomGenerator>
+#include <QTemporaryDir>
 #include <QThread>
 #include <QtTest>
 
@@ -49,6 +50,7 @@ class TestDriver : public QObject
     Q_OBJECT
 
 private slots:
+    void initTestCase();
     void readsEveryPointOnce();
     void sendsCommands_data();
     void sendsCommands();
@@ -61,7 +63,16 @@ private slots:
     void neverReportsAWrongValue_data();
     void neverReportsAWrongValue();
     void refusesUnusablePorts();
+
+private:
+    QTemporaryDir m_folder;
 };
+
+void TestDriver::initTestCase()
+{
+    // A download leaves its file in the working directory.
+    QVERIFY(m_folder.isValid() && QDir::setCurrent(m_folder.path()));
+}
 
 void TestDriver::readsEveryPointOnce()
 {

@@ -13,6 +13,7 @@ class TestPacedLine : public QObject
 private slots:
     void frameEndsWithSilence();
     void delaysDoNotAddUp();
+    void lateRepliesKeepThePace();
 };
 
 namespace {
@@ -68,6 +69,25 @@ void TestPacedLine::delaysDoNotAddUp()
     const nanoseconds wire = (character * (8 + 255) + silence) * 100;
     QVERIFY(now - start >= wire);
     QVERIFY(now - start < wire + milliseconds(1));
+}
+
+void TestPacedLine::lateRepliesKeepThePace()
+{
+    PacedLine line(9600);
+    const Bytes byte{1};
+    const nanoseconds gap = milliseconds(5);
+    line.send(byte, start);
+    line.send(byte, start, gap); // a piece of the same reply
+    line.send(byte, start);      // another reply
+    PacedLine::Time now = start;
+    for (const nanoseconds& pause : {nanoseconds(0), gap, silence}) {
+        now += pause + character;
+        QVERIFY(line.takeArrived(now - nanoseconds(1)).empty());
+        QVERIFY(line.takeArrived(now) == byte);
+    }
+    line.send(byte);
+    line.clear();
+    QVERIFY(!line.nextEvent());
 }
 
 QTEST_APPLESS_MAIN(TestPacedLine)

@@ -1,7 +1,7 @@
 #include "alarmrules.h"
-#include "mainsplan.h"
 #include "unitmodel.h"
 
+#include <QRandomGenerator>
 #include <QSet>
 #include <QtTest>
 
@@ -35,9 +35,7 @@ class TestUnitModel : public QObject
     Q_OBJECT
 
 private slots:
-    void invariants_data();
-    void invariants();
-    void lowBatteryEndsTheSupply();
+    void randomCourses();
     void sameSeedSameCourse();
     void commands_data();
     void commands();
@@ -45,6 +43,8 @@ private slots:
 private:
     static QString contradiction(const RegisterImage& now);
     static QString imbalance(const RegisterImage& now, bool steady);
+    static QString wrongAlarm(const RegisterImage& now);
+    static void changeSomething(UnitModel& model, QRandomGenerator& random, bool& chargeSet);
 };
 
 /// States, paths and flow points that cannot hold together; empty when all is well.
@@ -66,8 +66,14 @@ QString TestUnitModel::contradiction(const RegisterImage& now)
         return QStringLiteral("not all agree on whether the battery supplies");
     if ((workMode == 0) != (path == 0) || (workMode == 4) != (path == 1) || is(2020) != (path == 1))
         return QStringLiteral("work mode and output mode differ");
-    if (is(4219) && now.value(4133) == 0)
-        return QStringLiteral("the rectifier draws from a mains that is not there");
+    if (is(4219) && (now.value(4133) == 0 || is(2368) || is(2029)))
+        return QStringLiteral("the rectifier draws from a mains that is not good");
+    if (path == 1 && !is(4190))
+        return QStringLiteral("a bad bypass supplies");
+    if (is(4219) != (now.value(4239) == 1 || now.value(4239) == 2) || is(4220) != (now.value(4239) == 2))
+        return QStringLiteral("the flow into the rectifier is not that of its state");
+    if (now.value(4239) == 2 && battery == 4)
+        return QStringLiteral("the battery is discharged beside the mains");
     if (path == 2 && now.value(4240) != 2)
         return QStringLiteral("the inverter supplies without running");
     return QString();
@@ -80,118 +86,161 @@ QString TestUnitModel::imbalance(const RegisterImage& now, bool steady)
     double inputW = 0;
     for (int phase = 0; phase < 3; ++phase) {
         const auto at = [&](int point) { return now.value(point + phase); };
-        const bool supplied = now.value(4161) != 0;
         const double kva = at(4175);
         const double kw = at(4178);
         outputW += kw * 1000;
         inputW += at(4133) * at(4136) * at(4142);
-        if (!isNear(kva * 1000, at(4163) * at(4166), 70) || !isNear(kw, kva * at(4172), 0.12) ||
+        if (!isNear(kva * 1000, at(4163) * at(4166), 70) || !isNear(kw, kva * at(4172), 0.1 + 0.005 * kva) ||
             !isNear(kva * kva, kw * kw + at(4181) * at(4181), 0.12 * 2 * kva + 0.02))
             return QStringLiteral("apparent, active and reactive power do not agree");
-        if (!isNear(at(4184), 100 * kva / (now.value(4243) / 3), 1))
+        if (!isNear(at(4184), 100 * kva / (now.value(4243) / 3), 1.6))
             return QStringLiteral("the load percentage is not that of the power");
-        if (supplied && (at(4184) < 34 || at(4184) > 61 || at(4163) < 220 || at(4163) > 240))
-            return QStringLiteral("an output value is implausible");
+        if (now.value(4161) == 2 && !isNear(at(4163), now.value(4246), 2))
+            return QStringLiteral("the inverter's voltage is off");
         if (at(4195) != (now.value(4161) == 1 ? at(4166) : 0))
             return QStringLiteral("the bypass current is not the load's");
     }
     const double batteryW = now.value(4103) * now.value(4105) - now.value(4104) * now.value(4106);
-    if (!isNear(batteryW, 0, 1) || now.value(4103) < 180 || now.value(4103) > 300)
-        return QStringLiteral("the battery halves differ");
+    const bool isConnected = now.value(4101) != 0;
+    if (!isNear(batteryW, 0, 1) || (now.value(4103) < 180) == isConnected || now.value(4103) > 300)
+        return QStringLiteral("the battery halves differ, or are not what their state says");
     const double bothHalvesW = 2 * now.value(4103) * now.value(4105);
-    if (now.value(4101) == 4 && steady && !isNear(bothHalvesW, outputW / 0.93, 0.03 * outputW))
+    if (now.value(4101) == 4 && steady && !isNear(bothHalvesW, outputW / 0.93, 0.03 * outputW + 250))
         return QStringLiteral("the battery does not carry the load");
     if (now.value(4239) == 2 && now.value(4161) == 2 &&
-        !isNear(inputW, outputW / 0.94 + bothHalvesW + 200, 0.05 * outputW))
+        !isNear(inputW, outputW / 0.94 + bothHalvesW + 200, 0.05 * outputW + 250))
         return QStringLiteral("the mains does not carry load and charge");
     if (now.value(4111) > 100 || now.value(4110) < 0 || now.value(4110) > 10000)
         return QStringLiteral("charge or remaining time is out of range");
     return QString();
 }
 
-void TestUnitModel::invariants_data()
+/// An alarm that the values beside it do not bear out; empty when all is well. Values near a limit, where
+/// noise and rounding decide, are left out.
+QString TestUnitModel::wrongAlarm(const RegisterImage& now)
 {
-    QTest::addColumn<Orders>("orders");
-    QTest::addColumn<QSet<int>>("workModes");
-
-    QTest::newRow("mains failures alone") << Orders{} << QSet<int>{1, 2};
-    QTest::newRow("self-test across a failure, discharge, cancelled discharge")
-        << Orders{{30, 0, -1}, {100, 0, 2}, {260, 2, -1}, {300, 3, -1}} << QSet<int>{1, 2};
-    QTest::newRow("to bypass and back") << Orders{{25, 10, -1}, {120, 11, -1}} << QSet<int>{1, 2, 4};
-    QTest::newRow("shut down to bypass, start up")
-        << Orders{{60, 9, -1}, {200, 7, -1}} << QSet<int>{0, 1, 2, 4};
-    QTest::newRow("shut down, start up into a failure")
-        << Orders{{50, 4, -1}, {73, 7, -1}} << QSet<int>{0, 1, 2};
+    const auto largest = [&](int point) {
+        return qMax(now.value(point), qMax(now.value(point + 1), now.value(point + 2)));
+    };
+    struct Claim
+    {
+        int index;
+        double value, below; ///< active when below; the other way round with a negative limit
+    };
+    const double load = largest(4184);
+    const bool onInverter = now.value(4161) == 2;
+    const Claim claims[] = {
+        {257, now.value(4133), 0.8 * now.value(4244)},
+        {256, now.value(4133), -1.2 * now.value(4244)},
+        {161, now.value(4192), 0.8 * now.value(4246)},
+        {160, now.value(4192), -1.15 * now.value(4246)},
+        {132, load, -105},
+        {133, load, -110},
+        {134, load, -125},
+        {135, load, -150},
+        {320, now.value(4241), -80},
+        {448, now.value(4242), -80},
+        {213, now.value(4107), -45},
+        {214, now.value(4107), 0},
+        {199, onInverter ? load : 0, -110},
+        {203, now.value(4161) == 1 ? load : 0, -135},
+    };
+    for (const Claim& claim : claims) {
+        const double limit = qAbs(claim.below);
+        const bool expected = claim.below < 0 ? claim.value > limit : claim.value < limit;
+        const double grey =
+            claim.index == 257 || claim.index == 256 || claim.index < 162 ? 0.013 * limit : 0.1;
+        if (!isNear(claim.value, limit, grey + 0.05) && (now.alarms[size_t(claim.index)] == 1) != expected)
+            return QStringLiteral("alarm %1 at %2").arg(claim.index).arg(claim.value);
+    }
+    const auto is = [&](int index) { return now.alarms[size_t(index)] == 1; };
+    if (is(22) != is(276) || is(23) != is(277) || is(29) != is(183) || is(28) != (now.value(4101) == 0) ||
+        is(24) != (now.value(4190) == 0) || is(368) != (is(256) || is(257) || is(258) || is(259)) ||
+        (is(29) && now.value(4161) != 0) || (is(244) && now.value(4161) != 0) || (is(208) && !is(21)))
+        return QStringLiteral("alarms contradict each other or the state");
+    return QString();
 }
 
-void TestUnitModel::invariants()
+void TestUnitModel::changeSomething(UnitModel& model, QRandomGenerator& random, bool& chargeSet)
 {
-    QFETCH(Orders, orders);
-    QFETCH(QSet<int>, workModes);
-    UnitModel model(identity, 7, 1700000000000);
-    QSet<int> seen;
-    QVector<int> raised(unitmap::alarmPointCount, 0);
-    QVector<int> cleared(unitmap::alarmPointCount, 0);
-    int stepsInState = 0;
-    for (int ms = 0; ms < 600000; ms += stepMs) {
-        const RegisterImage before = model.image();
-        for (const Order& order : qAsConst(orders)) {
-            if (order.second * 1000 == ms)
-                QCOMPARE(int(model.command(order.code, quint16(order.argument))), int(CommandResult::Done));
-        }
-        model.setMainsPresent(isMainsPresent(ms, identity.address));
-        model.step(stepMs);
-        const RegisterImage& now = model.image();
-        stepsInState = now.value(4101) == before.value(4101) ? stepsInState + 1 : 0;
-        const QString fault = contradiction(now) + imbalance(now, stepsInState > 2);
-        QVERIFY2(fault.isEmpty(), qPrintable(QStringLiteral("after %1 ms: %2").arg(ms).arg(fault)));
-        seen.insert(int(now.value(4250)));
-        for (int i = 0; i < unitmap::alarmPointCount; ++i) {
-            raised[i] += now.alarms[size_t(i)] > before.alarms[size_t(i)];
-            cleared[i] += now.alarms[size_t(i)] < before.alarms[size_t(i)];
+    const auto pick = [&](std::initializer_list<double> values) {
+        return values.begin()[random.bounded(int(values.size()))];
+    };
+    Site& site = model.site();
+    switch (random.bounded(10)) {
+    case 0:
+    case 1:
+        site.mainsOn = !site.mainsOn;
+        break;
+    case 2:
+        site.mainsVoltageV = pick({150, 180, 230, 230, 240, 290});
+        site.mainsFrequencyHz = pick({44, 50, 50, 51, 56});
+        break;
+    case 3:
+        site.loadPercent = pick({3, 40, 80, 107, 116, 130, 160, 210});
+        break;
+    case 4:
+        site.loadPercent.reset();
+        site.bypassConnected = random.bounded(3) != 0;
+        break;
+    case 5:
+        site.batteryConnected = random.bounded(4) != 0;
+        break;
+    case 6:
+        model.setBatteryCharge(pick({0, 5, 15, 30, 60, 95, 100}));
+        chargeSet = true;
+        break;
+    case 7:
+        site.emergencyPressed = random.bounded(5) == 0;
+        site.rectifierC = pick({30, 85});
+        site.inverterC = pick({30, 85});
+        site.batteryC = pick({-5, 25, 50});
+        break;
+    default: {
+        const auto& row = unitmap::commandRows[random.bounded(uint(std::size(unitmap::commandRows)))];
+        model.command(int(row.code),
+                      random.bounded(2) ? unitmap::noArgument : quint16(1 + random.bounded(3)));
+        if (random.bounded(2)) { // or the units would stay off most of the time
+            model.command(int(unitmap::Command::ClearFaults), unitmap::noArgument);
+            model.command(int(unitmap::Command::StartUp), unitmap::noArgument);
         }
     }
-    QCOMPARE(seen, workModes);
-    QCOMPARE(cleared, raised);
-    for (int index : {24, 161, 243, 257, 368})
-        QVERIFY2(raised.at(index) >= 19, qPrintable(QString::number(index)));
+    }
 }
 
-void TestUnitModel::lowBatteryEndsTheSupply()
+void TestUnitModel::randomCourses()
 {
-    UnitModel model(identity, 1, 0);
-    model.writeSettings(18, {1}); // 1 Ah is soon used up
-    QCOMPARE(model.image().value(4109), 1.0);
-    QVector<int> order;
-    QSet<int> active;
-    const auto run = [&](bool mains, int seconds) {
-        model.setMainsPresent(mains);
-        for (int ms = 0; ms < seconds * 1000; ms += stepMs) {
+    QMap<int, QSet<int>> seen;
+    QSet<int> alarms;
+    for (quint32 seed = 1; seed <= 12; ++seed) {
+        QRandomGenerator random(seed);
+        UnitModel model({int(seed), "Test unit"}, seed, 1700000000000);
+        int stepsInState = 0;
+        for (int ms = 0; ms < 1200000; ms += stepMs) {
+            const RegisterImage before = model.image();
+            const double chargeBefore = model.state().chargePercent;
+            bool chargeSet = false;
+            if (random.bounded(80) == 0)
+                changeSomething(model, random, chargeSet);
             model.step(stepMs);
-            for (int index : {22, 23, 244}) {
-                if (model.image().value(2000 + index) == 1 && !active.contains(index))
-                    order.append(index);
-                if (model.image().value(2000 + index) == 1)
-                    active.insert(index);
-                else
-                    active.remove(index);
-            }
+            const RegisterImage& now = model.image();
+            stepsInState = now.value(4101) == before.value(4101) && !chargeSet ? stepsInState + 1 : 0;
+            const QString fault = contradiction(now) + imbalance(now, stepsInState > 2) + wrongAlarm(now);
+            QVERIFY2(fault.isEmpty(),
+                     qPrintable(QStringLiteral("%1, %2 ms: %3").arg(seed).arg(ms).arg(fault)));
+            const double gained = model.state().chargePercent - chargeBefore;
+            QVERIFY(chargeSet || (now.value(4101) == 4 ? gained <= 0 : gained >= 0));
+            for (int point : {4101, 4161, 4239, 4240, 4250, 4259})
+                seen[point].insert(int(now.value(point)));
+            for (const AlarmRule& rule : alarmRules)
+                if (now.alarms[size_t(rule.index)])
+                    alarms.insert(rule.index);
         }
-    };
-    run(false, 600);
-    QCOMPARE(order, (QVector<int>{22, 23, 244}));
-    QCOMPARE(model.image().value(4250), 0.0);
-    QCOMPARE(model.image().value(4163), 0.0);
-    run(true, 4);
-    QCOMPARE(model.image().value(4250), 4.0); // the bypass bridges the inverter's start
-    QVERIFY(model.image().value(2212) == 1);
-    QCOMPARE(int(model.command(12, unitmap::noArgument)), int(CommandResult::Done));
-    run(true, 2);
-    QCOMPARE(model.image().value(2212), 0.0);
-    QCOMPARE(model.image().value(4250), 1.0);
-    QCOMPARE(model.image().value(4101), 2.0);
-    run(true, 1200);
-    QVERIFY(active.isEmpty());
+    }
+    // Otherwise the courses would prove little.
+    QCOMPARE(seen.value(4101).size() + seen.value(4161).size() + seen.value(4239).size(), 6 + 3 + 4);
+    QCOMPARE(seen.value(4240).size() + seen.value(4250).size() + seen.value(4259).size(), 3 + 4 + 3);
+    QCOMPARE(alarms.size(), int(std::size(alarmRules)));
 }
 
 void TestUnitModel::sameSeedSameCourse()

@@ -1,7 +1,8 @@
+#include "simulatorprocess.h"
+
 #include <QFile>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QProcess>
 #include <QTcpServer>
 #include <QTcpSocket>
 #include <QTemporaryDir>
@@ -9,7 +10,6 @@
 
 #include <modbus.h>
 
-#include <csignal>
 #include <cstdio>
 #include <fcntl.h>
 #include <sys/ioctl.h>
@@ -17,40 +17,6 @@
 #include <unistd.h>
 
 namespace {
-
-constexpr int patienceMs = 20000;
-
-/// A running ups-sim, killed at the end if it is still there.
-class Simulator
-{
-public:
-    explicit Simulator(const QStringList& arguments) { m_process.start(QStringLiteral(UPS_SIM), arguments); }
-    ~Simulator()
-    {
-        m_process.kill();
-        m_process.waitForFinished();
-    }
-
-    /// Waits for the line that tells a transport is ready; its last word is the link or the address and port.
-    bool waitReady(const char* text)
-    {
-        while (!m_output.contains(text) && m_process.waitForReadyRead(patienceMs))
-            m_output += m_process.readAllStandardOutput();
-        return m_output.contains(text);
-    }
-    int port() const { return m_output.mid(m_output.indexOf("127.0.0.1:") + 10).split('\n').first().toInt(); }
-    int exitCode()
-    {
-        m_process.waitForFinished(patienceMs);
-        return m_process.exitStatus() == QProcess::NormalExit ? m_process.exitCode() : -1;
-    }
-    QByteArray errors() { return m_process.readAllStandardError(); }
-    void signal(int number) { ::kill(pid_t(m_process.processId()), number); }
-
-private:
-    QProcess m_process;
-    QByteArray m_output;
-};
 
 /// What mbpoll read, register by register; empty when it failed.
 QMap<int, int> poll(QStringList arguments, int* exitCode = nullptr)
@@ -72,11 +38,6 @@ QMap<int, int> poll(QStringList arguments, int* exitCode = nullptr)
     return values;
 }
 
-QStringList words(const QString& text)
-{
-    return text.isEmpty() ? QStringList() : text.trimmed().split(QLatin1Char(' '));
-}
-
 } // namespace
 
 /// The program as a whole, against Debian's mbpoll and plain sockets.
@@ -89,6 +50,7 @@ private slots:
     void mbpollReadsAndWrites_data();
     void mbpollReadsAndWrites();
     void traceTellsTheTruth();
+    void scenarioInVirtualTime();
     void oddTcpClients();
     void serialPaceAndSilence();
     void clientsComeAndGo();
@@ -143,7 +105,7 @@ void TestUpsSim::mbpollReadsAndWrites()
 
 void TestUpsSim::traceTellsTheTruth()
 {
-    Simulator simulator(words(QStringLiteral("--tcp 0 --trace trace.jsonl --address 7 --name Alpha")));
+    Simulator simulator(words(QStringLiteral("--tcp 0 --trace trace.jsonl --address 7 --name Alpha --scenario none")));
     QVERIFY(simulator.waitReady("listening"));
     const QString target = QStringLiteral("127.0.0.1 -a 7 -p %1 ").arg(simulator.port());
     poll(words(target + QStringLiteral("-t 4 -r 4096 17 65535")));
@@ -191,6 +153,26 @@ void TestUpsSim::traceTellsTheTruth()
     for (int point : {4163, 4133})
         QVERIFY(held.value(point).contains(live.value(point - 4000)));
     QCOMPARE(live.value(80), int('A'));
+}
+
+void TestUpsSim::scenarioInVirtualTime()
+{
+    QFile course(QStringLiteral("course"));
+    QVERIFY(course.open(QIODevice::WriteOnly));
+    course.write("120 mains off\n+60 fault late 1 # only of the line's first unit\n");
+    course.close();
+    Simulator simulator(words(QStringLiteral("--tcp 0 --address 1 --address 2 --trace course.trace "
+                                             "--scenario course --time-scale 300")));
+    QVERIFY(simulator.waitReady("listening"));
+    const auto trace = [] {
+        QFile file(QStringLiteral("course.trace"));
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    };
+    QTRY_COMPARE_WITH_TIMEOUT(trace().count("\"scenario\":\"mains off\"}"), 2, patienceMs);
+    QTRY_VERIFY_WITH_TIMEOUT(trace().count("\"2257\":1") == 2, patienceMs);
+    QTRY_COMPARE_WITH_TIMEOUT(trace().count("\"scenario\":\"fault late 1\"}"), 2, patienceMs);
+    poll(words(QStringLiteral("127.0.0.1 -a 2 -t 4 -r 17 -p %1").arg(simulator.port())));
+    QTRY_COMPARE_WITH_TIMEOUT(trace().count("\"fault\":\"late 1\""), 1, patienceMs);
 }
 
 void TestUpsSim::oddTcpClients()
@@ -333,6 +315,10 @@ void TestUpsSim::refusals_data()
     row("--tcp 0 --address 3 --address 3", 2, "--address 3");
     row("--tcp 0 --name a --name b", 2, "--name b");
     row("--tcp 0 --name SeventeenLetters1", 2, "SeventeenLetters1");
+    row("--tcp 0 --seed x", 2, "--seed x");
+    row("--tcp 0 --time-scale 0", 2, "--time-scale 0");
+    row("--tcp 0 --scenario none/file", 1, "none/file");
+    row("--tcp 0 --scenario bad --trace half", 2, "bad:2: fault \"often\"");
     row("--tcp 0 --trace none/trace", 1, "none/trace");
     row("--tcp 0 --bind 203.0.113.9", 1, "203.0.113.9");
     row("--serial none/line", 1, "none/line");
@@ -347,6 +333,9 @@ void TestUpsSim::refusals()
     QFETCH(QString, named);
     QFile file(QStringLiteral("file"));
     QVERIFY(file.open(QIODevice::WriteOnly));
+    QFile bad(QStringLiteral("bad"));
+    QVERIFY(bad.open(QIODevice::WriteOnly) && bad.write("1 mains off\n2 fault often\n") > 0);
+    bad.close();
     QFile::link(QStringLiteral("file"), QStringLiteral("foreign"));
     QTcpServer taken;
     QVERIFY(taken.listen(QHostAddress::LocalHost));
@@ -358,6 +347,7 @@ void TestUpsSim::refusals()
     QVERIFY2(line.startsWith(QLatin1String("ups-sim: ")) && line.count(QLatin1Char('\n')) == 1,
              qPrintable(line));
     QVERIFY2(line.contains(named), qPrintable(line));
+    QVERIFY(!QFileInfo::exists(QStringLiteral("half"))); // nothing is begun that is not to be finished
     QVERIFY(QFileInfo::exists(QStringLiteral("file")) && QFileInfo(QStringLiteral("foreign")).isSymLink());
 }
 
