@@ -30,7 +30,8 @@ private slots:
                QStringLiteral("silent,A")});
         QVERIFY(waitForEnd());
         QCOMPARE(m_host.exitCode(), 3);
-        QCOMPARE(m_errors, QByteArray("ups-host: silent never answered; \"ups-host --check silent\" tells why\n"));
+        QCOMPARE(m_errors,
+                 QByteArray("ups-host: silent never answered; \"ups-host --check silent\" tells why\n"));
         const QByteArray text = m_host.readAllStandardOutput();
         QCOMPARE(text.count("communication established"), 1);
         QVERIFY(text.contains("silent  no answer yet"));

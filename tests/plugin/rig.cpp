@@ -61,6 +61,8 @@ void Rig::killUnits(const QString& key)
 {
     m_units[key]->kill();
     m_units[key]->waitForFinished();
+    // The link would go on to name a pseudo-terminal that another test may get.
+    QFile::remove(path(QStringLiteral("ttyUPS")));
 }
 
 void Rig::writeUnits(const QStringList& lines)

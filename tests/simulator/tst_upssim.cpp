@@ -105,7 +105,8 @@ void TestUpsSim::mbpollReadsAndWrites()
 
 void TestUpsSim::traceTellsTheTruth()
 {
-    Simulator simulator(words(QStringLiteral("--tcp 0 --trace trace.jsonl --address 7 --name Alpha --scenario none")));
+    Simulator simulator(
+        words(QStringLiteral("--tcp 0 --trace trace.jsonl --address 7 --name Alpha --scenario none")));
     QVERIFY(simulator.waitReady("listening"));
     const QString target = QStringLiteral("127.0.0.1 -a 7 -p %1 ").arg(simulator.port());
     poll(words(target + QStringLiteral("-t 4 -r 4096 17 65535")));
