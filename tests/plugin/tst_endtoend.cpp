@@ -65,6 +65,8 @@ private slots:
     void threeUnits_data();
     void threeUnits();
     void commandsReachTheUnit();
+    void everyCommandOnceInOrder_data();
+    void everyCommandOnceInOrder();
     void lossAndRecovery_data();
     void lossAndRecovery();
     void silentUnitsGiveExitCode();
@@ -115,6 +117,68 @@ void tst_EndToEnd::commandsReachTheUnit()
         }
     }
     QCOMPARE(buzzerCommands, 1);
+}
+
+void tst_EndToEnd::everyCommandOnceInOrder_data()
+{
+    QTest::addColumn<QStringList>("transport");
+    QTest::addColumn<QString>("config"); // %1 is the TCP port
+    QTest::newRow("serial") << QStringList{QStringLiteral("--serial"), QStringLiteral("ttyUPS"),
+                                           QStringLiteral("--baud"), QStringLiteral("0")}
+                            << QStringLiteral("portName=ttyUPS");
+    QTest::newRow("TCP") << QStringList{QStringLiteral("--tcp"), QStringLiteral("0")}
+                         << QStringLiteral("commType=1\nipAddr=127.0.0.1\nport=%1");
+}
+
+void tst_EndToEnd::everyCommandOnceInOrder()
+{
+    QFETCH(QStringList, transport);
+    QFETCH(QString, config);
+    Rig rig;
+    const QString ready = rig.startUnits(
+        QStringLiteral("unit"), transport + QStringList{QStringLiteral("--scenario"), QStringLiteral("none"),
+                                                        QStringLiteral("--trace"), QStringLiteral("trace")});
+    rig.writeUnits({QStringLiteral("[A]"), config.contains(QLatin1Char('%'))
+                                               ? config.arg(ready.section(QLatin1Char(':'), -1))
+                                               : config});
+    // In an order in which the unit accepts each; 1011 and 7 are no commands, 1018 leaves the rest to the
+    // next cycle, and the text of the last one is cut.
+    const QStringList commands{QStringLiteral("1009,"),
+                               QStringLiteral("1010,"),
+                               QStringLiteral("1001,"),
+                               QStringLiteral("1011,x"),
+                               QStringLiteral("1003,"),
+                               QStringLiteral("1006,"),
+                               QStringLiteral("1004,10"),
+                               QStringLiteral("1018,"),
+                               QStringLiteral("1005,"),
+                               QStringLiteral("1006,"),
+                               QStringLiteral("1016,"),
+                               QStringLiteral("1017,"),
+                               QStringLiteral("7,1"),
+                               QStringLiteral("1015,"),
+                               QStringLiteral("1008,"),
+                               QStringLiteral("1007,"),
+                               QStringLiteral("1013,"),
+                               QStringLiteral("1002,"),
+                               QString(QStringLiteral("1045,") + QString(60, QLatin1Char('h')))};
+    QStringList arguments;
+    for (const QString& command : commands)
+        arguments << QStringLiteral("--control") << QString(QStringLiteral("A,") + command);
+    rig.startHost(arguments);
+    QTRY_VERIFY_WITH_TIMEOUT(rig.hasEvent(QStringLiteral("A"), 1042), waitMs);
+    QCOMPARE(rig.stopHost(), 0);
+    QStringList seen;
+    for (const QJsonObject& line : rig.trace(QStringLiteral("trace"))) {
+        if (line.contains(QStringLiteral("command")))
+            seen << QStringLiteral("%1:%2")
+                        .arg(line.value(QStringLiteral("command")).toInt())
+                        .arg(line.value(QStringLiteral("argument")).toInt(-1));
+    }
+    QCOMPARE(seen.join(QLatin1Char(' ')),
+             QStringLiteral(
+                 "17:-1 18:-1 12:-1 0:-1 3:-1 0:10 2:-1 3:-1 10:-1 11:-1 9:-1 7:-1 4:-1 7:-1 13:-1 20:-1"));
+    QVERIFY(QFile::exists(rig.path(QString(60, QLatin1Char('h')))));
 }
 
 void tst_EndToEnd::lossAndRecovery_data()
