@@ -57,6 +57,28 @@ QString Rig::startUnits(const QString& key, const QStringList& arguments)
     return QString::fromUtf8(process->readLine()).trimmed();
 }
 
+void Rig::addTransportRows()
+{
+    QTest::addColumn<QStringList>("transport");
+    QTest::addColumn<QString>("config"); // %1 is the TCP port
+    QTest::newRow("serial") << QStringList{QStringLiteral("--serial"), QStringLiteral("ttyUPS"),
+                                           QStringLiteral("--baud"), QStringLiteral("0")}
+                            << QStringLiteral("portName=ttyUPS");
+    QTest::newRow("TCP") << QStringList{QStringLiteral("--tcp"), QStringLiteral("0")}
+                         << QStringLiteral("commType=1\nipAddr=127.0.0.1\nport=%1");
+}
+
+void Rig::startUnitA(const QStringList& transport, const QString& config, const QString& scenario,
+                     const QStringList& more)
+{
+    const QString ready = startUnits(
+        QStringLiteral("A"), transport + QStringList{QStringLiteral("--scenario"), scenario,
+                                                     QStringLiteral("--trace"), QStringLiteral("trace")});
+    const bool isTcp = config.contains(QLatin1Char('%'));
+    writeUnits(QStringList(QStringLiteral("[A]")) + more +
+               QStringList(isTcp ? config.arg(ready.section(QLatin1Char(':'), -1)) : config));
+}
+
 void Rig::killUnits(const QString& key)
 {
     m_units[key]->kill();

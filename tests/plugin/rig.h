@@ -18,6 +18,12 @@ public:
 
     /// Starts simulated units and waits for their ready line; returns it. The key names the process.
     QString startUnits(const QString& key, const QStringList& arguments);
+    /// Test rows for one unit "A" on either transport: columns "transport" and "config", for startUnitA().
+    static void addTransportRows();
+    /// Starts unit A of such a row under a scenario, with its trace in "trace", and writes its configuration;
+    /// more are further lines of it.
+    void startUnitA(const QStringList& transport, const QString& config, const QString& scenario,
+                    const QStringList& more = {});
     /// Kills a simulator as a power cut would.
     void killUnits(const QString& key);
 

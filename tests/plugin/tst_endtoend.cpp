@@ -121,13 +121,7 @@ void tst_EndToEnd::commandsReachTheUnit()
 
 void tst_EndToEnd::everyCommandOnceInOrder_data()
 {
-    QTest::addColumn<QStringList>("transport");
-    QTest::addColumn<QString>("config"); // %1 is the TCP port
-    QTest::newRow("serial") << QStringList{QStringLiteral("--serial"), QStringLiteral("ttyUPS"),
-                                           QStringLiteral("--baud"), QStringLiteral("0")}
-                            << QStringLiteral("portName=ttyUPS");
-    QTest::newRow("TCP") << QStringList{QStringLiteral("--tcp"), QStringLiteral("0")}
-                         << QStringLiteral("commType=1\nipAddr=127.0.0.1\nport=%1");
+    Rig::addTransportRows();
 }
 
 void tst_EndToEnd::everyCommandOnceInOrder()
@@ -135,12 +129,7 @@ void tst_EndToEnd::everyCommandOnceInOrder()
     QFETCH(QStringList, transport);
     QFETCH(QString, config);
     Rig rig;
-    const QString ready = rig.startUnits(
-        QStringLiteral("unit"), transport + QStringList{QStringLiteral("--scenario"), QStringLiteral("none"),
-                                                        QStringLiteral("--trace"), QStringLiteral("trace")});
-    rig.writeUnits({QStringLiteral("[A]"), config.contains(QLatin1Char('%'))
-                                               ? config.arg(ready.section(QLatin1Char(':'), -1))
-                                               : config});
+    rig.startUnitA(transport, config, QStringLiteral("none"));
     // In an order in which the unit accepts each; 1011 and 7 are no commands, 1018 leaves the rest to the
     // next cycle, and the text of the last one is cut.
     const QStringList commands{QStringLiteral("1009,"),

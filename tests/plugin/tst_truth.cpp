@@ -92,13 +92,7 @@ Course tst_Truth::journalled(const QString& file)
 
 void tst_Truth::alarms_data()
 {
-    QTest::addColumn<QStringList>("transport");
-    QTest::addColumn<QString>("config"); // %1 is the TCP port
-    QTest::newRow("serial") << QStringList{QStringLiteral("--serial"), QStringLiteral("ttyUPS"),
-                                           QStringLiteral("--baud"), QStringLiteral("0")}
-                            << QStringLiteral("portName=ttyUPS");
-    QTest::newRow("TCP") << QStringList{QStringLiteral("--tcp"), QStringLiteral("0")}
-                         << QStringLiteral("commType=1\nipAddr=127.0.0.1\nport=%1");
+    Rig::addTransportRows();
 }
 
 void tst_Truth::alarms()
@@ -108,14 +102,8 @@ void tst_Truth::alarms()
     Rig rig;
     // A round, in which every alarm comes and goes, takes 21 s; the silence falls into the first.
     rig.writeFile(QStringLiteral("alarms"), "0 random alarms 120 2.5\n16 fault no-answer for 5\n");
-    const QString ready =
-        rig.startUnits(QStringLiteral("unit"),
-                       transport + QStringList{QStringLiteral("--scenario"), QStringLiteral("alarms"),
-                                               QStringLiteral("--trace"), QStringLiteral("trace")});
     rig.writeFile(QStringLiteral("serial.ini"), "[ttyUPS]\ntimeout=300\n");
-    rig.writeUnits({QStringLiteral("[A]\nretries=2"), config.contains(QLatin1Char('%'))
-                                                          ? config.arg(ready.section(QLatin1Char(':'), -1))
-                                                          : config});
+    rig.startUnitA(transport, config, QStringLiteral("alarms"), {QStringLiteral("retries=2")});
     rig.startHost({QStringLiteral("--seconds"), QStringLiteral("60")});
     QCOMPARE(rig.waitForHost(120000), 0);
     QCOMPARE(rig.events(QStringLiteral("A"), 1041).size(), 1);
