@@ -7,6 +7,7 @@
 #include "simulatedunit.h"
 #include "tcpserver.h"
 #include "trace.h"
+#include "unitpast.h"
 
 #include <QCoreApplication>
 #include <QDateTime>
@@ -88,7 +89,9 @@ Units makeUnits(const Options& options, const Scenario& scenario, faults::Inject
                 return readFault(text, [&faults](const faults::Plan& plan) { faults.set(plan); });
             };
         }
-        units.push_back(std::make_unique<SimulatedUnit>(identity, localCivilMs(), trace, std::move(course)));
+        const std::int64_t startMs = localCivilMs();
+        course.past = pastOf(identity, options.seed, startMs);
+        units.push_back(std::make_unique<SimulatedUnit>(identity, startMs, trace, std::move(course)));
     }
     return units;
 }

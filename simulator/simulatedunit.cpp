@@ -1,5 +1,6 @@
 #include "simulatedunit.h"
 
+#include "civiltime.h"
 #include "trace.h"
 
 #include <algorithm>
@@ -68,6 +69,7 @@ SimulatedUnit::SimulatedUnit(const UnitIdentity& identity, std::int64_t startMs,
     , m_randomAlarms(seedOf(course, identity))
     , m_player(std::move(course.scenario), course.scenarioDelayMs)
     , m_fault(std::move(course.fault))
+    , m_history(std::move(course.past))
     , m_trace(trace)
     , m_mapping(checked(modbus_mapping_new_start_address(0, 0, 0, unitmap::alarmPointCount, 0,
                                                          unitmap::holdingRegisterCount, 0,
@@ -77,6 +79,8 @@ SimulatedUnit::SimulatedUnit(const UnitIdentity& identity, std::int64_t startMs,
     , m_historyMapping(checked(modbus_mapping_new_start_address(
           0, 0, 0, 0, 0, 0, unitmap::historyHeaderRegister, unitmap::historyRegisterCount)))
 {
+    m_history.writeTo(m_historyMapping->tab_input_registers);
+    recallLastDischarge();
     if (m_trace) {
         m_trace->points(address(), m_model.image(), nullptr);
         m_trace->buzzer(address(), m_buzzerPublished);
@@ -173,6 +177,15 @@ CommandResult SimulatedUnit::execute(int code, std::uint16_t argument)
         m_history.writeTo(m_historyMapping->tab_input_registers);
     }
     return result;
+}
+
+/// The register of the last discharge and the history must not contradict each other.
+void SimulatedUnit::recallLastDischarge()
+{
+    constexpr int batteryPowered = 21;
+    for (const HistoryRecord& record : m_history.records())
+        if (record[unitmap::HistoryCode] == batteryPowered && record[unitmap::HistoryState] == 1)
+            m_model.setLastDischarge(*civilMsOf(&record[unitmap::HistoryYear]));
 }
 
 /// Every alarm that differs from the published one is an event, in the order of their indices.

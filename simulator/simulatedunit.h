@@ -23,7 +23,8 @@ struct UnitCourse
     std::uint32_t seed = 0; ///< of all chance; units with different addresses differ all the same
     Scenario scenario;
     std::int64_t scenarioDelayMs = 0;
-    FaultHook fault; ///< brings the scenario's faults about; without one they do nothing
+    FaultHook fault;     ///< brings the scenario's faults about; without one they do nothing
+    EventHistory past{}; ///< what the unit's history holds at the start
 };
 
 /// One unit as the line sees it: the model, what a scenario makes of it, its history, the registers that
@@ -63,6 +64,7 @@ private:
     void perform(const Action& action);
     void publish();
     void keepEvents(const RegisterImage& now);
+    void recallLastDischarge();
 
     const UnitIdentity m_identity;
     mutable std::mutex m_mutex;

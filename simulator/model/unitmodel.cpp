@@ -27,6 +27,12 @@ UnitModel::UnitModel(const UnitIdentity& identity, std::uint32_t seed, std::int6
     step(100);
 }
 
+void UnitModel::setLastDischarge(std::int64_t civilMs)
+{
+    m_state.lastDischargeMs = civilMs;
+    reportState(m_state, m_image);
+}
+
 /// First what runs and who feeds the load, then what flows: powers always belong to the modes of their step.
 void UnitModel::step(int ms)
 {

@@ -35,6 +35,9 @@ public:
     /// Puts another charge into the battery, 0 to 100 %, as if time had passed.
     void setBatteryCharge(double percent) { m_state.chargePercent = percent; }
 
+    /// When the battery took over for the last time before the start, in the unit's civil time.
+    void setLastDischarge(std::int64_t civilMs);
+
     /// Moves on by so much virtual time; 10 to 1000 ms keep the integration accurate.
     void step(int ms);
 
@@ -92,7 +95,9 @@ private:
     void stepBatteryLimits();
     void stepInput();
     void stepTemperatures(double seconds);
-    double dcPowerW() const;
+    double inverterLoadW() const;
+    double rectifierLimitW() const;
+    double batteryShare() const;
     double blockVoltageV() const;
     double capacityAh() const { return m_image.value(3018); }
     double endBlockVoltageV(double rate) const;
@@ -111,6 +116,7 @@ private:
     double m_overloadUse = 0;  ///< how much of the allowance is used up; 1 is all
     int m_lowLoadMs = 0;       ///< for how long an overload has been over
     double m_demandW = 0;      ///< what the load asks for, supplied or not
+    double m_batteryShare = 0; ///< of the inverter's load; 1 is all
     double m_lowAtPercent = 0; ///< the charge at which the battery was found low
 
     std::array<Wander, 3> m_mainsWander;

@@ -25,6 +25,11 @@ constexpr double batteryEfficiency = 0.93;
 constexpr double idlePowerW = 200;
 constexpr double inputPowerFactor = 0.99;
 
+/// The rectifier's largest current, of that at rated power and voltage. Once the battery helps, the rectifier
+/// holds back a little, or the two would take turns with every breath of the load.
+constexpr double rectifierLimit = 1.05;
+constexpr double limitWithHelp = 0.95;
+
 constexpr double maxVoltageAdjustV = 10;
 
 /// Moves `value` towards `target` as a first-order lag does in `seconds`.
@@ -97,10 +102,33 @@ void UnitModel::stepLoad(double seconds)
     }
 }
 
-/// What the inverter draws to feed the load.
-double UnitModel::dcPowerW() const
+double UnitModel::inverterLoadW() const
 {
-    return m_state.path == OutputPath::Inverter ? sum(m_state.outputKw) * 1000 / batteryEfficiency : 0;
+    return m_state.path == OutputPath::Inverter ? sum(m_state.outputKw) * 1000 : 0;
+}
+
+/// What the rectifier can draw: its current is limited, so the less the lower the mains.
+double UnitModel::rectifierLimitW() const
+{
+    const double meanPercent = sum(m_state.input.voltageV) / 3 / m_image.value(3039);
+    return rectifierLimit * ratedKva(m_identity.address) * 1000 * meanPercent * inputPowerFactor;
+}
+
+/// How much of the inverter's load the battery feeds: all of it without the rectifier, otherwise what the
+/// rectifier cannot. A battery near its end is spared as long as there is a mains.
+double UnitModel::batteryShare() const
+{
+    const double loadW = inverterLoadW();
+    if (loadW == 0 || dcSource() == DcSource::None)
+        return 0;
+    if (dcSource() == DcSource::Battery)
+        return 1;
+    const double neededW = idlePowerW + loadW / mainsEfficiency;
+    const double heldBackW = limitWithHelp * rectifierLimitW();
+    const bool helps = m_state.battery == Battery::Discharge;
+    if (neededW <= (helps ? heldBackW : rectifierLimitW()) || !m_site.batteryConnected || m_state.batteryLow)
+        return 0;
+    return std::min(1.0, (neededW - heldBackW) * mainsEfficiency / loadW);
 }
 
 double UnitModel::blockVoltageV() const
@@ -132,9 +160,10 @@ void UnitModel::stepBattery(double seconds)
 {
     if (m_site.batteryConnected == (m_state.battery == Battery::Disconnected))
         switchBattery();
+    m_batteryShare = batteryShare();
     if (!m_site.batteryConnected) {
         m_state.batteryCurrentA = 0;
-    } else if (dcSource() == DcSource::Battery && m_state.path == OutputPath::Inverter) {
+    } else if (m_batteryShare > 0) {
         discharge(seconds);
     } else if (dcSource() == DcSource::Rectifier) {
         charge(seconds);
@@ -159,16 +188,18 @@ void UnitModel::discharge(double seconds)
     if (m_state.battery != Battery::Discharge)
         m_state.lastDischargeMs = m_state.clockMs;
     m_state.battery = Battery::Discharge;
-    m_state.batteryCurrentA = dcPowerW() / (2 * m_state.batteryVoltageV);
+    m_state.batteryCurrentA =
+        m_batteryShare * inverterLoadW() / batteryEfficiency / (2 * m_state.batteryVoltageV);
     m_state.chargePercent -= 100 * m_state.batteryCurrentA * seconds / 3600 / capacityAh();
 }
 
 /// Full current, then constant voltage while the current falls, then float. Without equalizing the float
-/// voltage does it all.
+/// voltage does it all. The load comes first: the battery gets what the rectifier has left.
 void UnitModel::charge(double seconds)
 {
     const bool equalizes = m_image.raw(3045) == 1;
-    const double limitA = m_image.raw(3023) / 100.0;
+    const double spareW = rectifierLimitW() - idlePowerW - inverterLoadW() / mainsEfficiency;
+    const double limitA = std::clamp(spareW / (2 * m_state.batteryVoltageV), 0.0, m_image.raw(3023) / 100.0);
     const double taper = (100 - m_state.chargePercent) / (100 - taperPercent);
     m_state.batteryCurrentA = std::min(limitA, 0.2 + limitA * taper);
     m_state.chargePercent += 100 * m_state.batteryCurrentA * seconds / 3600 / capacityAh();
@@ -217,8 +248,7 @@ void UnitModel::stepInput()
     const bool drawing = m_state.rectifier == Rectifier::Pfc;
     const bool charging = drawing && m_state.battery != Battery::Discharge;
     const double chargeW = charging ? 2 * m_state.batteryVoltageV * m_state.batteryCurrentA : 0;
-    const double loadW =
-        m_state.path == OutputPath::Inverter ? sum(m_state.outputKw) * 1000 / mainsEfficiency : 0;
+    const double loadW = (1 - m_batteryShare) * inverterLoadW() / mainsEfficiency;
     for (std::size_t phase = 0; phase < 3; ++phase) {
         const double phaseW = (loadW + chargeW + idlePowerW) / 3;
         m_state.input.powerFactor[phase] = drawing ? inputPowerFactor : 0;

@@ -20,6 +20,7 @@ enum WorkMode
     NoSupply = 0,
     MainsSupply = 1,
     BatterySupply = 2,
+    CombinedSupply = 3,
     BypassSupply = 4
 };
 
@@ -33,7 +34,9 @@ WorkMode workModeOf(const UnitState& state)
     case OutputPath::Inverter:
         break;
     }
-    return state.battery == Battery::Discharge ? BatterySupply : MainsSupply;
+    if (state.battery != Battery::Discharge)
+        return MainsSupply;
+    return state.rectifier == Rectifier::Pfc ? CombinedSupply : BatterySupply;
 }
 
 void reportThreePhase(const ThreePhase& side, int voltagePoint, RegisterImage& image)
@@ -64,7 +67,7 @@ void reportBattery(const UnitState& state, RegisterImage& image)
 
 /// The flow points steer a diagram of paths, so no two of them may draw power both ways: "inverter on" means
 /// that it feeds the load, "battery in use" that it is discharged, or charged while the inverter draws
-/// nothing.
+/// nothing. A rectifier that the battery helps is shown to draw, and the battery to feed the inverter.
 void reportFlow(const UnitState& state, RegisterImage& image)
 {
     const bool discharging = state.battery == Battery::Discharge;
@@ -73,7 +76,7 @@ void reportFlow(const UnitState& state, RegisterImage& image)
     const bool onInverter = state.path == OutputPath::Inverter;
     image.set(4218, state.path == OutputPath::Bypass);
     image.set(4219, state.rectifier == Rectifier::SoftStart || state.rectifier == Rectifier::Pfc);
-    image.set(4220, state.rectifier == Rectifier::Pfc);
+    image.set(4220, state.rectifier == Rectifier::Pfc && !discharging);
     image.set(4221, onInverter);
     image.set(4222, onInverter);
     image.set(4223, state.isSupplied());

@@ -1,7 +1,9 @@
 #include "builtinscenarios.h"
+#include "civiltime.h"
 #include "scenarioparser.h"
 #include "scenariosource.h"
 #include "simulatedunit.h"
+#include "unitpast.h"
 
 #include <QSet>
 #include <QtTest>
@@ -46,7 +48,7 @@ private slots:
     void courses();
     void demoShowsEveryMode();
     void everyAlarmComesAndGoes();
-    void historyKeepsTheLatest();
+    void pastIsBelievable();
 };
 
 void TestScenario::malformed_data()
@@ -104,7 +106,11 @@ void TestScenario::courses_data()
     row("1 mains voltage 180\n", 3, {4250, 2, 2257, 1, 2161, 1});
     row("1 mains voltage 187\n1 setting 3006 1", 3, {4250, 1, 2257, 0, 2161, 1, 4190, 0});
     row("1 mains frequency 56", 3, {4250, 2, 2258, 1, 2162, 1});
-    row("1 load 115", 30, {4250, 1, 2133, 1, 2134, 0, 2199, 1});
+    row("1 mains voltage 290", 3, {4250, 2, 2256, 1, 2160, 1});
+    row("1 load 115", 30, {4250, 3, 2133, 1, 2134, 0, 2199, 1, 4220, 0, 4221, 1, 4224, 1});
+    row("1 mains voltage 187\n1 load 95", 5, {4250, 3, 2021, 1, 2257, 0, 4239, 2});
+    row("1 battery off\n1 load 115", 5, {4250, 1, 4220, 1});
+    row("1 load 115\n4 battery charge 10", 8, {4250, 1, 2022, 1, 4101, 2});
     row("1 overload", 15, {4250, 4, 2134, 1, 2202, 1, 2139, 1, 4240, 2});
     row("1 load 160\n2 load normal", 1.5, {4161, 1});
     row("1 load 160\n2 load normal", 6, {4161, 1});
@@ -181,7 +187,7 @@ void TestScenario::demoShowsEveryMode()
         QVERIFY(active.value(5).isEmpty());
         QVERIFY(active.value(10 + delayS).contains(257));
         QVERIFY2(active.value(24).isEmpty() || !active.value(24).contains(257), "gone again within 25 s");
-        QCOMPARE(seen.value(4250), (QSet<int>{0, 1, 2, 4}));
+        QCOMPARE(seen.value(4250), (QSet<int>{0, 1, 2, 3, 4}));
         QCOMPARE(seen.value(4161), (QSet<int>{0, 1, 2}));
         QCOMPARE(seen.value(4239), (QSet<int>{0, 1, 2, 3}));
         QCOMPARE(seen.value(4240), (QSet<int>{0, 1, 2}));
@@ -219,31 +225,36 @@ void TestScenario::everyAlarmComesAndGoes()
     QVERIFY(events != eventsOf(2));
 }
 
-void TestScenario::historyKeepsTheLatest()
+// Each alarm of the past came and went by turns, in order of time and before the start.
+void TestScenario::pastIsBelievable()
 {
-    SimulatedUnit unit({1, "Test"}, 0, nullptr,
-                       courseOf("0 random alarms 400 1\n10.95 random alarms off\n"
-                                "11.95 mains off\n12.95 command 13\n13.95 mains on"));
-    run(unit, 2.5);
-    const auto first = unit.history().records();
-    QCOMPARE(first.size(), size_t(800));
-    QCOMPARE(first.back()[unitmap::HistorySecond], uint16_t(2));
-    run(unit, 10); // mains off at 12 s
-    std::vector<uint16_t> registers(unitmap::historyRegisterCount);
-    unit.history().writeTo(registers.data());
-    const auto full = unit.history().records();
-    QCOMPARE(full.size(), size_t(unitmap::historyCapacity));
-    QCOMPARE(registers[0], uint16_t(unitmap::historyCapacity));
-    QVERIFY(registers[1] > 2500);
-    const HistoryRecord last = full.back();
-    QCOMPARE(int(last[unitmap::HistoryCode]), 368);
-    QCOMPARE((std::vector<int>(last.begin() + 1, last.end())), (std::vector<int>{1, 70, 1, 1, 0, 0, 12}));
-    run(unit, 1);
-    unit.history().writeTo(registers.data());
-    QCOMPARE(registers[0], uint16_t(0));
-    QVERIFY(std::all_of(registers.begin() + 2, registers.end(), [](uint16_t r) { return r == 0; }));
-    run(unit, 2);
-    QCOMPARE(int(unit.history().records().front()[unitmap::HistoryState]), 0);
+    constexpr qint64 startMs = 1714998600000;
+    const UnitIdentity unit{1, "Test"};
+    const auto past = pastOf(unit, 0, startMs).records();
+    QVERIFY2(past.size() >= 48, qPrintable(QString::number(past.size())));
+    QMap<int, int> states;
+    QSet<int> distinctAlarms;
+    qint64 lastMs = startMs - 60LL * 86400000;
+    qint64 lastDischargeMs = 0;
+    for (const HistoryRecord& record : past) {
+        const int code = record[unitmap::HistoryCode];
+        const qint64 civilMs = *civilMsOf(&record[unitmap::HistoryYear]);
+        QVERIFY2(civilMs >= lastMs && civilMs < startMs, qPrintable(QString::number(code)));
+        lastMs = civilMs;
+        QCOMPARE(int(record[unitmap::HistoryState]), 1 - states.value(code));
+        states[code] = record[unitmap::HistoryState];
+        distinctAlarms += code;
+        if (code == 21 && states[code] == 1)
+            lastDischargeMs = civilMs;
+    }
+    QCOMPARE(states.values().count(1), 0);
+    QVERIFY(distinctAlarms.size() >= 20);
+    QVERIFY(pastOf(unit, 0, startMs).records() == past);
+    QVERIFY(pastOf(unit, 1, startMs).records() != past);
+    UnitCourse course;
+    course.past = pastOf(unit, 0, startMs);
+    const RegisterImage image = SimulatedUnit(unit, startMs, nullptr, std::move(course)).image();
+    QCOMPARE(qint64(*civilMsOf(&image.inputs[4268 - 4000])), lastDischargeMs);
 }
 
 QTEST_APPLESS_MAIN(TestScenario)

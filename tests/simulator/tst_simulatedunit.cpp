@@ -107,16 +107,14 @@ void TestSimulatedUnit::writesReadBack_data()
     QTest::addColumn<QByteArray>("read");
     QTest::addColumn<QByteArray>("reply");
 
-    QTest::newRow("single") << QByteArray("050600110020") << QByteArray("050300110001")
-                            << QByteArray("0503020020");
-    QTest::newRow("shows in a live value")
-        << QByteArray("050600120064") << QByteArray("0504006D0001") << QByteArray("0504020064");
-    QTest::newRow("charge current") << QByteArray("050600170032") << QByteArray("050300170001")
-                                    << QByteArray("0503020032");
-    QTest::newRow("text") << QByteArray("05100057000306004E00C300A4") << QByteArray("050300570004")
-                          << QByteArray("050308004E00C300A40064");
-    QTest::newRow("clock") << QByteArray("0510006700060C0019000C001F0017003B003B")
-                           << QByteArray("050300670006") << QByteArray("05030C0019000C001F0017003B003B");
+    const auto row = [](const char* name, const char* write, const char* read, const char* reply) {
+        QTest::newRow(name) << QByteArray(write) << QByteArray(read) << QByteArray(reply);
+    };
+    row("single", "050600110020", "050300110001", "0503020020");
+    row("shows in a live value", "050600120064", "0504006D0001", "0504020064");
+    row("charge current", "050600170032", "050300170001", "0503020032");
+    row("text", "05100057000306004E00C300A4", "050300570004", "050308004E00C300A40064");
+    row("clock", "0510006700060C0019000C001F0017003B003B", "050300670006", "05030C0019000C001F0017003B003B");
 }
 
 void TestSimulatedUnit::writesReadBack()
@@ -138,13 +136,15 @@ void TestSimulatedUnit::rtu_data()
     QTest::addColumn<QByteArray>("reply");
 
     // Checksums by an independent calculator.
-    QTest::newRow("read") << QByteArray("0103001100 01D40F") << QByteArray("0103020028b85a");
-    QTest::newRow("wrong checksum") << QByteArray("010300110001D50F") << QByteArray();
-    QTest::newRow("noise behind") << QByteArray("010300110001D40FFF") << QByteArray();
-    QTest::newRow("another unit") << QByteArray("020300110001D43C") << QByteArray();
-    QTest::newRow("function with a body of its own")
-        << QByteArray("01080000A537DA8D") << QByteArray("018801 87c0");
-    QTest::newRow("too short") << QByteArray("0103") << QByteArray();
+    const auto row = [](const char* name, const char* request, const char* reply) {
+        QTest::newRow(name) << QByteArray(request) << QByteArray(reply);
+    };
+    row("read", "0103001100 01D40F", "0103020028b85a");
+    row("wrong checksum", "010300110001D50F", "");
+    row("noise behind", "010300110001D40FFF", "");
+    row("another unit", "020300110001D43C", "");
+    row("function with a body of its own", "01080000A537DA8D", "018801 87c0");
+    row("too short", "0103", "");
 }
 
 void TestSimulatedUnit::rtu()
