@@ -69,7 +69,8 @@ void HeadlessRunner::stop()
 void HeadlessRunner::takeEvent(UnitSession& session, int type, const QVariantMap& record)
 {
     if (m_options.isJson) {
-        m_output.write(recordjson::eventLine(session.name(), type, record));
+        const bool isAnswering = session.state().contact() == UnitState::Contact::Answering;
+        m_output.write(recordjson::eventLine(session.name(), type, record, isAnswering));
     } else {
         const QString text = recordtext::describe(type, record, m_eventTexts);
         if (!text.isEmpty())

@@ -156,7 +156,8 @@ ExitCode runHost(const QStringList& arguments)
         return refuse(configured.error);
     const UnitList units = unitlist::select(configured.names, parsed.options.unitNames);
     if (!units.error.isEmpty())
-        return refuse(QStringLiteral("--units: %1").arg(units.error));
+        return refuse((parsed.options.isCheck ? QStringLiteral("--check: %1") : QStringLiteral("--units: %1"))
+                          .arg(units.error));
     QString error = controlError(parsed.options.controls, units.names);
     if (error.isEmpty())
         error = unitlist::lineError(QStringLiteral("serial.ini"), unitlist::defaultFile(), units.names);

@@ -1,5 +1,7 @@
 #include "recordjson.h"
 
+#include "eventtype.h"
+
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -78,7 +80,8 @@ QJsonValue recordjson::toJson(const QVariant& value)
     }
 }
 
-QByteArray recordjson::eventLine(const QString& unitName, int type, const QVariantMap& record)
+QByteArray recordjson::eventLine(const QString& unitName, int type, const QVariantMap& record,
+                                 bool isAnswering)
 {
     // Put together by hand, because an object would sort its keys and hide unit and type behind a record
     // of a thousand values.
@@ -87,6 +90,8 @@ QByteArray recordjson::eventLine(const QString& unitName, int type, const QVaria
     line += quoted(unitName);
     line += ",\"type\":";
     line += QByteArray::number(type);
+    if (type == EventType::Data)
+        line += isAnswering ? ",\"live\":true" : ",\"live\":false";
     line += ",\"record\":";
     line += body;
     line += '}';

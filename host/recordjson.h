@@ -10,7 +10,8 @@ namespace recordjson {
 /// (hexadecimal when that is not printable), floats keep their shortest form.
 QJsonValue toJson(const QVariant& value);
 
-/// One event as one line without its end: {"unit":...,"type":...,"record":{...}}.
-QByteArray eventLine(const QString& unitName, int type, const QVariantMap& record);
+/// One event as one line without its end: {"unit":...,"type":...,"record":{...}}. A data event gets
+/// "live":false before its record when its unit does not answer, because it then repeats old values.
+QByteArray eventLine(const QString& unitName, int type, const QVariantMap& record, bool isAnswering);
 
 } // namespace recordjson

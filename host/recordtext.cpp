@@ -11,11 +11,16 @@ enum LogColumn
     InputFrequency = 1,
     OutputVoltage = 4,
     OutputLoad = 7,
-    OutputMode = 9,
-    BatteryVoltage = 11
+    OutputMode = 9
 };
 
-constexpr int remainingCapacityPoint = 4111; // percent; the data log has the capacity in Ah instead
+// The data log runs both halves' voltages into one, has the capacity in Ah instead of percent, and calls a
+// battery that is charged at constant voltage disconnected.
+constexpr int batteryStatePoint = 4101;
+constexpr int positiveHalfPoint = 4103;
+constexpr int negativeHalfPoint = 4104;
+constexpr int remainingCapacityPoint = 4111;
+constexpr int firstAlarmPoint = 2000; // alarm i has the point behind it by i
 
 QString alarmText(const QVariantMap& record, const QStringList& eventTexts)
 {
@@ -31,11 +36,12 @@ QString alarmText(const QVariantMap& record, const QStringList& eventTexts)
     return text;
 }
 
-QString statusPointText(int pointId, const QVariantMap& record)
+QString statusPointText(int pointId, const QVariantMap& record, const QStringList& eventTexts)
 {
-    return QStringLiteral("status point %1 is now %2")
-        .arg(pointId)
-        .arg(record.value(QStringLiteral("alarmState")).toInt());
+    const QString name = eventTexts.value(pointId - firstAlarmPoint).trimmed();
+    return QStringLiteral("status point %1%2 is now %3")
+        .arg(QString::number(pointId), name.isEmpty() ? name : QStringLiteral(" (%1)").arg(name),
+             QString::number(record.value(QStringLiteral("alarmState")).toInt()));
 }
 
 QString timePart(const QString& dateAndTime)
@@ -58,17 +64,34 @@ QString withoutRepetition(const QString& phases)
     return parts.size() == 1 ? parts.constFirst() : phases;
 }
 
+QString batteryVolts(const QMap<int, QVariant>& data)
+{
+    const auto volts = [&](int point) { return QString::number(data.value(point).toDouble(), 'f', 1); };
+    return volts(positiveHalfPoint) + QLatin1Char('/') + volts(negativeHalfPoint);
+}
+
+QString batteryState(const QMap<int, QVariant>& data)
+{
+    static const QStringList names{QStringLiteral("disconnected"), QStringLiteral("standby"),
+                                   QStringLiteral("charging"),     QStringLiteral("float charge"),
+                                   QStringLiteral("discharging"),  QStringLiteral("charging")};
+    return names.value(data.value(batteryStatePoint, -1).toInt());
+}
+
 QString valuesText(const UnitState& state, const QStringList& row)
 {
     // value() gives an empty text for a column that the plugin does not have.
-    const QString capacity = QString::number(state.liveData().value(remainingCapacityPoint).toInt());
-    return row.value(OutputMode).leftJustified(16) + QStringLiteral("  ") +
-           column(QStringLiteral("in"), row.value(InputVoltage), QStringLiteral("V"), 22) +
-           column(QString(), withoutRepetition(row.value(InputFrequency)), QStringLiteral("Hz"), 8) +
-           column(QStringLiteral("out"), row.value(OutputVoltage), QStringLiteral("V"), 23) +
-           column(QStringLiteral("load"), row.value(OutputLoad), QStringLiteral("%"), 21) +
-           column(QStringLiteral("battery"), row.value(BatteryVoltage), QStringLiteral("V"), 21) + capacity +
-           QStringLiteral(" %");
+    const QString capacity =
+        QString::number(state.liveData().value(remainingCapacityPoint).toInt()) + QStringLiteral(" %");
+    const QString line =
+        row.value(OutputMode).leftJustified(16) + QStringLiteral("  ") +
+        column(QStringLiteral("in"), row.value(InputVoltage), QStringLiteral("V"), 22) +
+        column(QString(), withoutRepetition(row.value(InputFrequency)), QStringLiteral("Hz"), 8) +
+        column(QStringLiteral("out"), row.value(OutputVoltage), QStringLiteral("V"), 23) +
+        column(QStringLiteral("load"), row.value(OutputLoad), QStringLiteral("%"), 21) +
+        column(QStringLiteral("battery"), batteryVolts(state.liveData()), QStringLiteral("V"), 22) +
+        capacity.leftJustified(5) + QStringLiteral("  ") + batteryState(state.liveData());
+    return line.trimmed();
 }
 
 } // namespace
@@ -87,9 +110,9 @@ QString recordtext::describe(int type, const QVariantMap& record, const QStringL
     case EventType::Alarm:
         return alarmText(record, eventTexts);
     case EventType::StatusPoint2368:
-        return statusPointText(2368, record);
+        return statusPointText(2368, record, eventTexts);
     case EventType::StatusPoint2022:
-        return statusPointText(2022, record);
+        return statusPointText(2022, record, eventTexts);
     case EventType::Data:
     case EventType::Echo:
         return {};

@@ -52,6 +52,6 @@ CheckSettings readCheckSettings(const QString& unitName, const QString& deviceFi
     Reader serial(QStringLiteral("serial.ini"), QStringLiteral("serial.ini"), settings.portName,
                   settings.described);
     settings.lineSettings = serial.value(QStringLiteral("param"), QStringLiteral("9600,n,8,1"));
-    serial.value(QStringLiteral("timeout"), QStringLiteral("1000"));
+    settings.timeoutMs = serial.value(QStringLiteral("timeout"), QStringLiteral("1000")).toInt();
     return settings;
 }

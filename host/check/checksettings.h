@@ -8,8 +8,9 @@ struct CheckSettings
 {
     bool isTcp = false;
     int address = 0;
-    QString portName; ///< serial device
-    QString host;     ///< TCP target
+    int timeoutMs = 1000; ///< of a read; fixed over TCP
+    QString portName;     ///< serial device
+    QString host;         ///< TCP target
     int tcpPort = 0;
     QString lineSettings;  ///< serial settings text
     QStringList described; ///< one text for each setting in effect: "addr=1 (dev.ini)"

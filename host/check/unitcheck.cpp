@@ -3,6 +3,7 @@
 #include "lineoutput.h"
 #include "portaccess.h"
 #include "portmanage.h"
+#include "portusers.h"
 #include "serialport.h"
 #include "tracedport.h"
 #include "wiretime.h"
@@ -26,6 +27,14 @@ constexpr int bytesPerRow = 32;
 void countValue(int, float, void* context)
 {
     ++*static_cast<int*>(context);
+}
+
+/// The group whose members may open the device; empty when it may not, or nobody should be in it.
+QString groupOf(const QString& device)
+{
+    const QFileInfo info(device);
+    const bool mayOpen = info.permission(QFile::ReadGroup | QFile::WriteGroup) && info.groupId() != 0;
+    return mayOpen ? info.group() : QString();
 }
 
 Finding findingOf(QAbstractSocket::SocketError error)
@@ -56,8 +65,9 @@ UnitCheck::UnitCheck(const QString& unitName, const CheckSettings& settings, con
                          : settings.portName;
     m_facts.settings = settings.lineSettings;
     m_facts.address = settings.address;
+    m_facts.timeoutMs = settings.timeoutMs;
     if (!settings.isTcp)
-        m_facts.group = QFileInfo(settings.portName).group();
+        m_facts.group = groupOf(settings.portName);
 }
 
 bool UnitCheck::run()
@@ -90,6 +100,7 @@ Finding UnitCheck::findOnLine()
     print(QStringLiteral("port"), QStringLiteral("%1 is present, permitted and open at %2 baud")
                                       .arg(m_settings.portName)
                                       .arg(wiretime::baudOf(line.BaudRate)));
+    m_facts.users = otherUsersOf(m_settings.portName).join(QStringLiteral(", "));
     port->Lock();
     const Finding finding =
         query({static_cast<QIODevice*>(port), CommRead, CommWrite}, [port] { return port->isOpen(); });
@@ -100,7 +111,7 @@ Finding UnitCheck::findOnLine()
               QStringLiteral("all frames take %1 ms on the line: no poll of this unit can "
                              "be shorter at this speed")
                   .arg(wireMs, 0, 'f', 0));
-    return finding;
+    return finding == Finding::Healthy || m_facts.users.isEmpty() ? finding : Finding::SharedLine;
 }
 
 Finding UnitCheck::whyNotOpen()
@@ -112,7 +123,7 @@ Finding UnitCheck::whyNotOpen()
     if (::access(QFile::encodeName(m_settings.portName).constData(), R_OK | W_OK) != 0) {
         print(QStringLiteral("port"),
               QStringLiteral("%1 is present, not permitted").arg(m_settings.portName));
-        return Finding::NotPermitted;
+        return m_facts.group.isEmpty() ? Finding::NotPermittedToAnyone : Finding::NotPermitted;
     }
     print(QStringLiteral("port"),
           QStringLiteral("%1 is present, permitted, and does not open").arg(m_settings.portName));
@@ -149,7 +160,9 @@ Finding UnitCheck::query(const PortHandle& handle, const std::function<bool()>& 
     printExchanges(m_exchanges);
     print(QStringLiteral("query"),
           QStringLiteral("%1 values, %2 requests, %3 ms").arg(values).arg(m_exchanges.size()).arg(tookMs));
-    return hasAnswered ? Finding::Healthy : diagnosis::judge(m_exchanges, m_settings.address, isConnected());
+    return hasAnswered
+               ? Finding::Healthy
+               : diagnosis::judge(m_exchanges, m_settings.address, m_settings.timeoutMs, isConnected());
 }
 
 void UnitCheck::printExchanges(const Exchanges& exchanges)

@@ -8,6 +8,8 @@ QString Journal::refusal(const QString& file)
 {
     if (!Connection::isDriverAvailable())
         return QStringLiteral("journal %1: Qt has no SQLite driver: install libqt5sql5-sqlite").arg(file);
+    if (QFileInfo(file).isDir())
+        return QStringLiteral("journal %1: it is a folder: name a file").arg(file);
     Connection connection;
     int version = 0;
     if (!QFileInfo::exists(file) || !connection.open(file, Connection::Mode::ReadOnly) ||

@@ -55,6 +55,16 @@ private slots:
         row("--nonsense", "nonsense");
         row("--json surplus", "surplus");
         row("--plugin", "plugin");
+        row("--log-interval 0", "--log-interval 0: a whole number from 1");
+        row("--keep-days 1.5", "--keep-days 1.5: a whole number from 0");
+        row("--journal=", "--journal");
+        row("--export-log=", "--export-log");
+        row("--from 2024-03-05", "--from goes with");
+        row("--export-log a --from yesterday", "--from \"yesterday\"");
+        row("--export-log a --from 2024-03-05T10:00 --to 2024-03-05T10:00", "--to");
+        row("--export-log a --units A", "--units does not go");
+        row("--export-log - --export-events -", "--export-log -");
+        row("--export-log a --journal none", "--journal none");
     }
     void refusesOptions()
     {
@@ -63,6 +73,16 @@ private slots:
         const QString error = parseOptions(QStringList(QStringLiteral("ups-host")) + arguments).error;
         QVERIFY2(error.contains(expected), qPrintable(error));
         QVERIFY(!error.contains(QLatin1Char('\n')));
+    }
+
+    void exportsOneDay()
+    {
+        const HostOptions options =
+            parseOptions({QStringLiteral("ups-host"), QStringLiteral("--export-log=a"),
+                          QStringLiteral("--from=2024-03-05"), QStringLiteral("--to=2024-03-05")})
+                .options;
+        QCOMPARE(options.journalFile, QStringLiteral("journal.sqlite"));
+        QCOMPARE(*options.exports.toUtcMs - *options.exports.fromUtcMs, 24 * 3600 * 1000);
     }
 
     void readsControls()
@@ -246,7 +266,7 @@ private slots:
         QVariantMap record = dataRecord({{4133, 219.95F}, {2000, 1.0F}, {-1, std::nanf("")}});
         record.insert(QStringLiteral("model"), QByteArray("M\xe9\0x", 4));
         record.insert(QStringLiteral("bytes"), QByteArray("\x01\x02", 2));
-        const QByteArray line = recordjson::eventLine(QStringLiteral("a\"\n\u00e9"), 2007, record);
+        const QByteArray line = recordjson::eventLine(QStringLiteral("a\"\n\u00e9"), 2007, record, true);
         QVERIFY(!line.contains('\n'));
         QVERIFY(line.contains("\"4133\":219.95,") || line.contains("\"4133\":219.95}"));
 

@@ -30,7 +30,12 @@ void tst_Check::serial_data()
                                 << QStringLiteral("answers instead of 1");
     QTest::newRow("exception") << QStringLiteral("exception 2") << 1 << QStringLiteral("refuses a request");
     QTest::newRow("stops half-way") << QStringLiteral("no-answer function 3") << 1
-                                    << QStringLiteral("some requests are answered");
+                                    << QStringLiteral("some answers come and some do not");
+    QTest::newRow("damaged half-way")
+        << QStringLiteral("wrong-crc function 3") << 1 << QStringLiteral("some answers come and some do not");
+    QTest::newRow("late") << QStringLiteral("late 500") << 1
+                          << QStringLiteral("later than after 300 ms: raise timeout");
+    QTest::newRow("unplugged") << QStringLiteral("reset") << 1 << QStringLiteral("went away");
 }
 
 void tst_Check::serial()
@@ -62,6 +67,8 @@ void tst_Check::tcp_data()
     QTest::addColumn<QString>("text");
     QTest::newRow("refused") << QStringLiteral("refused 600") << QStringLiteral("refuses the connection");
     QTest::newRow("silent") << QStringLiteral("no-answer") << QStringLiteral("is connected and silent");
+    QTest::newRow("late") << QStringLiteral("late 1500") << QStringLiteral("later than after 1000 ms");
+    QTest::newRow("not Modbus") << QStringLiteral("noise") << QStringLiteral("no Modbus TCP answer");
     QTest::newRow("closed") << QStringLiteral("reset") << QStringLiteral("closed the connection");
 }
 
