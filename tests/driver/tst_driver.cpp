@@ -16,9 +16,6 @@ using Bytes = QByteArray;
 using List = QByteArrayList;
 using E = driver::ReplyError;
 using Line = FakeUnit::Line;
-using Fault = std::function<List(const Bytes&)>;
-Q_DECLARE_METATYPE(Fault)
-Q_DECLARE_METATYPE(E)
 Q_DECLARE_METATYPE(Line)
 
 namespace {
@@ -54,8 +51,6 @@ private slots:
     void readsEveryPointOnce();
     void sendsCommands_data();
     void sendsCommands();
-    void tellsFaultsApart_data();
-    void tellsFaultsApart();
     void endsInTime_data();
     void endsInTime();
     void lateReplyIsReadAway();
@@ -153,57 +148,6 @@ void TestDriver::sendsCommands()
     }
 }
 
-void TestDriver::tellsFaultsApart_data()
-{
-    QTest::addColumn<E>("serial");
-    QTest::addColumn<E>("tcp");
-    QTest::addColumn<Fault>("fault");
-    const auto row = [](const char* name, E serial, E tcp, const Fault& fault) {
-        QTest::newRow(name) << serial << tcp << fault;
-    };
-    // One byte of the good reply changed, and the CRC made to fit again.
-    const auto changed = [](int offset, int flip) -> Fault {
-        return [=](const Bytes& good) {
-            return List{withCrc(good.left(offset) + char(good[offset] ^ flip) +
-                                good.mid(offset + 1, good.size() - offset - 3))};
-        };
-    };
-    const Bytes exception = hex("018402c2c1");
-    const Bytes late = withCrc("\1\4\x66" + Bytes(0x66, '\0'));
-    row("silence", E::NoAnswer, E::NoAnswer, [](const Bytes&) { return List{}; });
-    row("exception", E::Exception, E::Exception, [=](const Bytes&) { return List{exception}; });
-    row("bad CRC", E::BadCrc, E::None, [](Bytes good) { return List{good.replace(9, 1, "?")}; });
-    row("other unit", E::WrongUnit, E::WrongUnit, changed(0, 2));
-    row("other function", E::WrongFunction, E::WrongFunction, changed(1, 7));
-    row("byte count", E::BadByteCount, E::BadByteCount, changed(2, 2));
-    row("truncated", E::BadCrc, E::BadLength, [](const Bytes& good) { return List{good.left(100)}; });
-    row("too short", E::BadCrc, E::BadCrc, [](const Bytes& good) { return List{good.left(3)}; });
-    row("glued", E::Exception, E::BadLength, [=](const Bytes& good) { return List{exception + good}; });
-    row("late first", E::BadCrc, E::BadLength, [=](const Bytes& good) { return List({late, good}); });
-    row("duplicated", E::None, E::None, [](const Bytes& good) { return List({good, good}); });
-    row("noise first", E::BadCrc, E::BadCrc, [](const Bytes& good) { return List({"\xFF#7", good}); });
-}
-
-void TestDriver::tellsFaultsApart()
-{
-    QFETCH(Fault, fault);
-    QFETCH(E, serial);
-    QFETCH(E, tcp);
-    for (const Line line : {Line::Serial, Line::ByteWise, Line::Tcp}) {
-        FakeUnit unit(line);
-        unit.fault = fault;
-        driver::Transaction transaction(unit);
-        const E expected = line == Line::Tcp ? tcp : serial;
-        QCOMPARE(transaction.run(liveValuesRequest()), expected);
-        // What is left of a fault costs at most the next request.
-        unit.fault = nullptr;
-        if (transaction.run(liveValuesRequest()) != E::None) {
-            QVERIFY(expected == E::None || expected == E::Exception);
-            QCOMPARE(transaction.run(liveValuesRequest()), E::None);
-        }
-    }
-}
-
 void TestDriver::endsInTime_data()
 {
     QTest::addColumn<int>("msPerByte");
@@ -267,6 +211,7 @@ void TestDriver::neverReportsAWrongValue_data()
 {
     QTest::addColumn<Line>("line");
     QTest::newRow("serial") << Line::Serial;
+    QTest::newRow("byte by byte") << Line::ByteWise;
     QTest::newRow("tcp") << Line::Tcp;
 }
 

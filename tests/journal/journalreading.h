@@ -2,19 +2,33 @@
 
 #include "connection.h"
 
+#include <QSqlRecord>
 #include <QStringList>
 #include <QVariant>
 
-/// The first column of everything that a statement gives, read as another program would read the journal.
-inline QStringList readColumn(const QString& file, const QString& statement)
+/// Everything that a statement gives, read as another program would read the journal.
+inline QList<QVariantList> readRows(const QString& file, const QString& statement)
 {
     Connection connection;
     QSqlQuery query;
     if (!connection.open(file, Connection::Mode::ReadOnly) || !connection.prepare(statement, &query) ||
         !connection.execute(query))
-        return {QStringLiteral("error: ") + connection.problem().text};
+        return {{QString(QStringLiteral("error: ") + connection.problem().text)}};
+    QList<QVariantList> rows;
+    while (query.next()) {
+        rows.append(QVariantList());
+        for (int column = 0; column < query.record().count(); ++column)
+            rows.last().append(query.value(column));
+    }
+    return rows;
+}
+
+/// The first column of it.
+inline QStringList readColumn(const QString& file, const QString& statement)
+{
     QStringList values;
-    while (query.next())
-        values += query.value(0).toString();
+    const QList<QVariantList> rows = readRows(file, statement);
+    for (const QVariantList& row : rows)
+        values += row.value(0).toString();
     return values;
 }

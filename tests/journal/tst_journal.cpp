@@ -203,6 +203,7 @@ private slots:
     {
         start();
         QCOMPARE(Journal::refusal(m_file), QString());
+        QVERIFY(Journal::refusal(m_folder->path()).contains(QLatin1String("is a folder")));
         QFETCH(QString, statement);
         Connection other;
         QVERIFY(other.open(m_file, Connection::Mode::ReadWrite) && other.execute(statement));
@@ -270,19 +271,16 @@ private slots:
         QTest::addColumn<QString>("target");
         QTest::addColumn<QString>("unit");
         QTest::addColumn<QString>("line");
-        const QString csv = QStringLiteral("out.csv");
-        QTest::newRow("no journal") << QStringLiteral("none") << csv << QString()
-                                    << QStringLiteral("no such file");
-        QTest::newRow("no database") << QStringLiteral("text") << csv << QString()
-                                     << QStringLiteral("damaged");
-        QTest::newRow("unknown unit")
-            << QString() << csv << QStringLiteral("C") << QStringLiteral("there are: A");
-        QTest::newRow("full disk") << QString() << QStringLiteral("/dev/full") << QString()
-                                   << QStringLiteral("/dev/full: No space left");
-        QTest::newRow("onto the journal") << QString() << QStringLiteral("%1 journal.sqlite") << QString()
-                                          << QStringLiteral("would replace it");
-        QTest::newRow("no folder") << QString() << QStringLiteral("none/out.csv") << QString()
-                                   << QStringLiteral("none/out.csv");
+        const auto row = [](const char* journal, const char* target, const char* unit, const char* line) {
+            QTest::newRow(line) << QString::fromLatin1(journal) << QString::fromLatin1(target)
+                                << QString::fromLatin1(unit) << QString::fromLatin1(line);
+        };
+        row("none", "out.csv", "", "no such file");
+        row("text", "out.csv", "", "damaged");
+        row("", "out.csv", "C", "there are: A");
+        row("", "/dev/full", "", "/dev/full: No space left");
+        row("", "%1 journal.sqlite", "", "would replace it");
+        row("", "none/out.csv", "", "none/out.csv");
     }
     void exportsNothingWhenSomethingIsWrong()
     {

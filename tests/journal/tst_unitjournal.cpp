@@ -1,7 +1,6 @@
-// What the host hands over to the journal, of all that a collector tells, and how exports are asked for.
+// What the host hands over to the journal, of all that a collector tells.
 
 #include "collectthread.h"
-#include "hostoptions.h"
 #include "journal.h"
 #include "journalreading.h"
 #include "unitjournal.h"
@@ -84,41 +83,6 @@ private slots:
         for (const int ms : {3, 4, 12, 14, 22, 23, 32, 58, 59, 67, 68})
             taken += schedule.take(ms) ? QList<int>{ms} : QList<int>{};
         QCOMPARE(taken, QList<int>({3, 14, 23, 58, 68})); // no row is made up for, none drifts
-    }
-
-    void refusesOptions_data()
-    {
-        QTest::addColumn<QString>("error");
-        const auto row = [](const char* arguments, const char* error) {
-            QTest::newRow(arguments) << QString::fromLatin1(error);
-        };
-        row("--log-interval 0", "--log-interval 0: a whole number from 1");
-        row("--keep-days 1.5", "--keep-days 1.5: a whole number from 0");
-        row("--journal=", "--journal");
-        row("--export-log=", "--export-log");
-        row("--from 2024-03-05", "--from goes with");
-        row("--export-log a --from yesterday", "--from \"yesterday\"");
-        row("--export-log a --from 2024-03-05T10:00 --to 2024-03-05T10:00", "--to");
-        row("--export-log a --units A", "--units does not go");
-        row("--export-log - --export-events -", "--export-log -");
-        row("--export-log a --journal none", "--journal none");
-    }
-    void refusesOptions()
-    {
-        QFETCH(QString, error);
-        const QString text = QStringLiteral("ups-host ") + QString::fromLatin1(QTest::currentDataTag());
-        const QString actual = parseOptions(text.split(QLatin1Char(' '))).error;
-        QVERIFY2(actual.startsWith(error), qPrintable(actual));
-    }
-
-    void exportsOneDay()
-    {
-        const HostOptions options =
-            parseOptions({QStringLiteral("ups-host"), QStringLiteral("--export-log=a"),
-                          QStringLiteral("--from=2024-03-05"), QStringLiteral("--to=2024-03-05")})
-                .options;
-        QCOMPARE(options.journalFile, QStringLiteral("journal.sqlite"));
-        QCOMPARE(*options.exports.toUtcMs - *options.exports.fromUtcMs, 24 * 3600 * 1000);
     }
 
 private:

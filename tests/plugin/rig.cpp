@@ -3,6 +3,8 @@
 #include <QJsonDocument>
 #include <QtTest>
 
+#include <cstdio>
+
 namespace {
 
 constexpr int startTimeoutMs = 20000;
@@ -21,7 +23,6 @@ QList<QJsonObject> objectsOf(const QByteArray& lines)
 void startIn(QProcess& process, const QString& folder, const QString& program, const QStringList& arguments)
 {
     process.setWorkingDirectory(folder);
-    process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
     process.start(folder + QLatin1Char('/') + program, arguments);
     QVERIFY2(process.waitForStarted(startTimeoutMs), qPrintable(process.errorString()));
 }
@@ -51,6 +52,7 @@ QString Rig::startUnits(const QString& key, const QStringList& arguments)
 {
     auto& process = m_units[key];
     process = std::make_unique<QProcess>();
+    process->setProcessChannelMode(QProcess::ForwardedErrorChannel);
     startIn(*process, m_folder.path(), QStringLiteral("ups-sim"), arguments);
     while (!process->canReadLine() && process->waitForReadyRead(startTimeoutMs)) {
     }
@@ -104,6 +106,7 @@ QString Rig::runHost(const QStringList& arguments, int* exitCode)
     startIn(m_host, m_folder.path(), QStringLiteral("ups-host"), arguments);
     const bool hasEnded = m_host.waitForFinished(3 * startTimeoutMs);
     *exitCode = hasEnded && m_host.exitStatus() == QProcess::NormalExit ? m_host.exitCode() : -1;
+    readHostErrors();
     return QString::fromUtf8(m_host.readAllStandardOutput());
 }
 
@@ -118,10 +121,19 @@ void Rig::startHost(const QStringList& arguments)
 void Rig::readHost()
 {
     QCoreApplication::processEvents();
+    readHostErrors();
     m_unread += m_host.readAllStandardOutput();
     const int end = m_unread.lastIndexOf('\n') + 1;
     m_events += objectsOf(m_unread.left(end));
     m_unread.remove(0, end);
+}
+
+// Shown as well: where a test fails they tell why.
+void Rig::readHostErrors()
+{
+    const QByteArray errors = m_host.readAllStandardError();
+    std::fwrite(errors.constData(), 1, static_cast<size_t>(errors.size()), stderr);
+    m_hostErrors += errors;
 }
 
 bool Rig::hasEvent(const QString& unit, int type)
@@ -141,10 +153,30 @@ QList<QJsonObject> Rig::events(const QString& unit, int type)
     return found;
 }
 
+QList<QJsonObject> Rig::takeEvents()
+{
+    readHost();
+    QList<QJsonObject> events;
+    events.swap(m_events);
+    return events;
+}
+
 void Rig::forget()
 {
     readHost();
     m_events.clear();
+}
+
+QByteArray Rig::hostErrors()
+{
+    readHostErrors();
+    return m_hostErrors;
+}
+
+void Rig::killHost()
+{
+    m_host.kill();
+    m_host.waitForFinished(startTimeoutMs);
 }
 
 int Rig::stopHost()

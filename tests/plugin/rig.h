@@ -39,7 +39,13 @@ public:
     /// start or the last forget()).
     bool hasEvent(const QString& unit, int type);
     QList<QJsonObject> events(const QString& unit, int type);
+    /// All that the host has printed and nobody has taken or forgotten: objects with unit, type and record.
+    QList<QJsonObject> takeEvents();
     void forget();
+    /// What the host has written to standard error since the rig was made.
+    QByteArray hostErrors();
+    /// Kills the host without a warning; what it printed before can still be taken.
+    void killHost();
     /// Ends the host by SIGTERM unless it ends by itself; its exit code.
     int stopHost();
     int waitForHost(int timeoutMs);
@@ -50,10 +56,12 @@ public:
 
 private:
     void readHost();
+    void readHostErrors();
 
     QTemporaryDir m_folder;
     std::map<QString, std::unique_ptr<QProcess>> m_units;
     QProcess m_host;
     QByteArray m_unread;
+    QByteArray m_hostErrors;
     QList<QJsonObject> m_events;
 };

@@ -1,5 +1,7 @@
 #include "rig.h"
 
+#include <QTcpSocket>
+#include <QtEndian>
 #include <QtTest>
 
 namespace {
@@ -12,10 +14,12 @@ enum Event
 {
     Restored = 1040,
     Lost = 1041,
+    Downloaded = 1042,
     AlarmChanged = 2006,
     Data = 2007
 };
 
+constexpr int downloads = 60;
 constexpr int waitMs = 60000; // generous: sanitizers, two cores, other tests
 
 double point(const QJsonObject& record, int id)
@@ -54,6 +58,67 @@ QString startAll(Rig& rig)
     return port;
 }
 
+// The commands that a unit carried out, each as code:argument.
+QString commandsIn(const QList<QJsonObject>& trace)
+{
+    QStringList seen;
+    for (const QJsonObject& line : trace) {
+        if (line.contains(QStringLiteral("command")))
+            seen << QStringLiteral("%1:%2")
+                        .arg(line.value(QStringLiteral("command")).toInt())
+                        .arg(line.value(QStringLiteral("argument")).toInt(-1));
+    }
+    return seen.join(QLatin1Char(' '));
+}
+
+QStringList controls(const QStringList& commands)
+{
+    QStringList arguments;
+    for (const QString& command : commands)
+        arguments << QStringLiteral("--control") << command;
+    return arguments;
+}
+
+QByteArray contentOf(const QString& file)
+{
+    QFile opened(file);
+    return opened.open(QIODevice::ReadOnly) ? opened.readAll() : QByteArray("(no file)");
+}
+
+// Input registers of unit 1 over Modbus TCP, without driver and plugin.
+QVector<int> registersOf(QTcpSocket& socket, int first, int count)
+{
+    char request[] = {0, 1, 0, 0, 0, 6, 1, 4, 0, 0, 0, 0};
+    qToBigEndian(static_cast<quint16>(first), request + 8);
+    qToBigEndian(static_cast<quint16>(count), request + 10);
+    socket.write(request, sizeof request);
+    const int headLength = 9;
+    while (socket.bytesAvailable() < headLength + 2 * count && socket.waitForReadyRead(waitMs)) {
+    }
+    const QByteArray reply = socket.readAll().mid(headLength);
+    QVector<int> values;
+    for (int i = 0; i + 1 < reply.size(); i += 2)
+        values << qFromBigEndian<quint16>(reply.constData() + i);
+    return values;
+}
+
+// What an export of the history that a unit holds now has to be.
+QByteArray expectedExport(quint16 port)
+{
+    QTcpSocket socket;
+    socket.connectToHost(QStringLiteral("127.0.0.1"), port);
+    QByteArray text = "ID,Content,Status,Time,\n";
+    const int count = socket.waitForConnected(waitMs) ? registersOf(socket, 0x2000, 1).value(0) : 0;
+    for (int i = 0; i < count; ++i) {
+        const QVector<int> r = registersOf(socket, 0x2008 + 8 * i, 8);
+        text += QString::asprintf("%d,%d,%s,20%02d-%02d-%02d %02d:%02d:%02d,\n", r.value(0), r.value(0),
+                                  r.value(1) == 1 ? "Appear" : "Disappear", r.value(2), r.value(3),
+                                  r.value(4), r.value(5), r.value(6), r.value(7))
+                    .toLatin1();
+    }
+    return text;
+}
+
 } // namespace
 
 // The built plugin in the built host with the built driver, against simulated units.
@@ -67,6 +132,9 @@ private slots:
     void commandsReachTheUnit();
     void everyCommandOnceInOrder_data();
     void everyCommandOnceInOrder();
+    void commandsOfALostUnit_data();
+    void commandsOfALostUnit();
+    void twoHistoriesAtOnce();
     void lossAndRecovery_data();
     void lossAndRecovery();
     void silentUnitsGiveExitCode();
@@ -129,45 +197,114 @@ void tst_EndToEnd::everyCommandOnceInOrder()
     QFETCH(QStringList, transport);
     QFETCH(QString, config);
     Rig rig;
-    rig.startUnitA(transport, config, QStringLiteral("none"));
+    // Lost at first: the host holds the commands back.
+    rig.startUnitA(transport + QStringList{QStringLiteral("--fault"), QStringLiteral("no-answer times 4")},
+                   config, QStringLiteral("none"), {QStringLiteral("retries=1")});
     // In an order in which the unit accepts each; 1011 and 7 are no commands, 1018 leaves the rest to the
     // next cycle, and the text of the last one is cut.
-    const QStringList commands{QStringLiteral("1009,"),
-                               QStringLiteral("1010,"),
-                               QStringLiteral("1001,"),
-                               QStringLiteral("1011,x"),
-                               QStringLiteral("1003,"),
-                               QStringLiteral("1006,"),
-                               QStringLiteral("1004,10"),
-                               QStringLiteral("1018,"),
-                               QStringLiteral("1005,"),
-                               QStringLiteral("1006,"),
-                               QStringLiteral("1016,"),
-                               QStringLiteral("1017,"),
-                               QStringLiteral("7,1"),
-                               QStringLiteral("1015,"),
-                               QStringLiteral("1008,"),
-                               QStringLiteral("1007,"),
-                               QStringLiteral("1013,"),
-                               QStringLiteral("1002,"),
-                               QString(QStringLiteral("1045,") + QString(60, QLatin1Char('h')))};
-    QStringList arguments;
-    for (const QString& command : commands)
-        arguments << QStringLiteral("--control") << QString(QStringLiteral("A,") + command);
-    rig.startHost(arguments);
-    QTRY_VERIFY_WITH_TIMEOUT(rig.hasEvent(QStringLiteral("A"), 1042), waitMs);
+    const QStringList commands{QStringLiteral("A,1009,"),
+                               QStringLiteral("A,1010,"),
+                               QStringLiteral("A,1001,"),
+                               QStringLiteral("A,1011,x"),
+                               QStringLiteral("A,1003,"),
+                               QStringLiteral("A,1006,"),
+                               QStringLiteral("A,1004,10"),
+                               QStringLiteral("A,1018,"),
+                               QStringLiteral("A,1005,"),
+                               QStringLiteral("A,1006,"),
+                               QStringLiteral("A,1016,"),
+                               QStringLiteral("A,1017,"),
+                               QStringLiteral("A,7,1"),
+                               QStringLiteral("A,1015,"),
+                               QStringLiteral("A,1008,"),
+                               QStringLiteral("A,1007,"),
+                               QStringLiteral("A,1013,"),
+                               QStringLiteral("A,1002,"),
+                               QString(QStringLiteral("A,1045,") + QString(60, QLatin1Char('h')))};
+    rig.startHost(controls(commands));
+    QTRY_VERIFY_WITH_TIMEOUT(rig.hasEvent(QStringLiteral("A"), Downloaded), waitMs);
+    QCOMPARE(rig.events(QStringLiteral("A"), Lost).size(), 1);
     QCOMPARE(rig.stopHost(), 0);
-    QStringList seen;
-    for (const QJsonObject& line : rig.trace(QStringLiteral("trace"))) {
-        if (line.contains(QStringLiteral("command")))
-            seen << QStringLiteral("%1:%2")
-                        .arg(line.value(QStringLiteral("command")).toInt())
-                        .arg(line.value(QStringLiteral("argument")).toInt(-1));
-    }
-    QCOMPARE(seen.join(QLatin1Char(' ')),
+    QCOMPARE(commandsIn(rig.trace(QStringLiteral("trace"))),
              QStringLiteral(
                  "17:-1 18:-1 12:-1 0:-1 3:-1 0:10 2:-1 3:-1 10:-1 11:-1 9:-1 7:-1 4:-1 7:-1 13:-1 20:-1"));
     QVERIFY(QFile::exists(rig.path(QString(60, QLatin1Char('h')))));
+}
+
+void tst_EndToEnd::commandsOfALostUnit_data()
+{
+    Rig::addTransportRows();
+}
+
+// The first command ends its run, so that the others wait while the next query finds the unit gone. Over TCP
+// they go on waiting for the connection. On a line they are tried once and never again: a command that comes
+// when nobody expects it any more would do harm.
+void tst_EndToEnd::commandsOfALostUnit()
+{
+    QFETCH(QStringList, transport);
+    QFETCH(QString, config);
+    const QString unit = QStringLiteral("A");
+    const bool isTcp = transport.contains(QStringLiteral("--tcp"));
+    Rig rig;
+    rig.startUnitA(
+        transport + QStringList{QStringLiteral("--fault"), QStringLiteral("refused 4 function 2 request 2")},
+        config, QStringLiteral("none"), {QStringLiteral("retries=1")});
+    rig.startHost(controls({QStringLiteral("A,1018,"), QStringLiteral("A,1009,"),
+                            QStringLiteral("A,1045,history.csv"), QStringLiteral("A,1010,")}));
+    QTRY_VERIFY_WITH_TIMEOUT(rig.hasEvent(unit, Downloaded), waitMs);
+    QCOMPARE(rig.events(unit, Downloaded).constFirst().value(QStringLiteral("desc")).toString(),
+             isTcp ? QStringLiteral("A Download history successful")
+                   : QStringLiteral("A Download history failed"));
+    QTRY_VERIFY_WITH_TIMEOUT(rig.events(unit, Restored).size() == 2, waitMs);
+    rig.forget();
+    QTRY_VERIFY_WITH_TIMEOUT(rig.events(unit, Data).size() >= 2,
+                             waitMs); // whatever waited would be sent by now
+    QCOMPARE(rig.stopHost(), 0);
+    QCOMPARE(commandsIn(rig.trace(QStringLiteral("trace"))),
+             isTcp ? QStringLiteral("17:-1 20:-1 18:-1") : QString());
+    QCOMPARE(contentOf(rig.path(QStringLiteral("history.csv"))).count('\n') > 1, isTcp);
+}
+
+// Both units have so much to tell that their downloads meet, again and again.
+void tst_EndToEnd::twoHistoriesAtOnce()
+{
+    Rig rig;
+    rig.writeFile(QStringLiteral("alarms"), "0 random alarms 150 0.1\n0.3 random alarms off\n");
+    QMap<QString, quint16> tcpPorts; // the test's own way to what a unit holds
+    for (const QString& unit : {QStringLiteral("A"), QStringLiteral("B")}) {
+        const QString ready = rig.startUnits(
+            unit, {QStringLiteral("--tcp"), QStringLiteral("0"), QStringLiteral("--serial"),
+                   QString(QStringLiteral("tty") + unit), QStringLiteral("--baud"), QStringLiteral("0"),
+                   QStringLiteral("--scenario"), QStringLiteral("alarms"), QStringLiteral("--trace"), unit,
+                   QStringLiteral("--seed"), QString::number(tcpPorts.size())});
+        tcpPorts.insert(unit, static_cast<quint16>(ready.section(QLatin1Char(':'), -1).toInt()));
+        QTRY_VERIFY(contentOf(rig.path(unit)).contains("random alarms off"));
+    }
+    rig.writeUnits({QStringLiteral("[A]"), QStringLiteral("portName=ttyA"), QStringLiteral("[B]"),
+                    QStringLiteral("portName=ttyB")});
+    QStringList commands;
+    for (const QString& unit : {QStringLiteral("A"), QStringLiteral("B")}) {
+        for (int i = 0; i < downloads; ++i)
+            commands << QStringLiteral("%1,1045,%1%2.csv").arg(unit).arg(i);
+        rig.writeFile(QString(unit + QStringLiteral("0.csv")), QByteArray(200000, 'x')); // to be replaced
+    }
+    // Nobody can write below a file, not even a superuser.
+    commands << QStringLiteral("B,1045,dev.ini/history.csv");
+    rig.writeFile(QStringLiteral("dev.ini"), {});
+    rig.startHost(controls(commands) + QStringList(QStringLiteral("--verbose")));
+    QTRY_COMPARE_WITH_TIMEOUT(rig.events(QStringLiteral("A"), Downloaded).size(), downloads, waitMs);
+    QTRY_COMPARE_WITH_TIMEOUT(rig.events(QStringLiteral("B"), Downloaded).size(), downloads + 1, waitMs);
+    QCOMPARE(rig.stopHost(), 0);
+
+    const QByteArray expectedA = expectedExport(tcpPorts.value(QStringLiteral("A")));
+    const QByteArray expectedB = expectedExport(tcpPorts.value(QStringLiteral("B")));
+    QVERIFY(expectedA.count('\n') > 300 && expectedB.count('\n') > 300 && expectedA != expectedB);
+    for (int i = 0; i < downloads; ++i) {
+        QVERIFY(contentOf(rig.path(QStringLiteral("A%1.csv").arg(i))) == expectedA);
+        QVERIFY(contentOf(rig.path(QStringLiteral("B%1.csv").arg(i))) == expectedB);
+    }
+    QCOMPARE(contentOf(rig.path(QStringLiteral("history.txt"))), QByteArray());
+    QVERIFY(rig.hostErrors().contains("history: cannot write dev.ini/history.csv: "));
 }
 
 void tst_EndToEnd::lossAndRecovery_data()

@@ -97,6 +97,13 @@ private:
     int m_fd = -1;
 };
 
+/// QTRY looks once more at what has come true: a moment later it need not be so on a busy machine.
+template <typename Condition>
+auto once(Condition condition)
+{
+    return [condition, seen = false]() mutable { return seen = seen || condition(); };
+}
+
 using Expectation = std::function<bool(const QByteArray& good, const Answer& got)>;
 
 } // namespace
@@ -288,7 +295,8 @@ void TestFaults::damagesReplies()
     QCOMPARE(good.size(), client.answerSize());
     const Answer got = client.ask();
     QVERIFY2(expectation(good, got), got.bytes.toHex());
-    QTRY_VERIFY_WITH_TIMEOUT((!got.ended || client.open()) && client.ask(1, 50).bytes == good, patienceMs);
+    auto isBack = once([&] { return (!got.ended || client.open()) && client.ask(1, 50).bytes == good; });
+    QTRY_VERIFY_WITH_TIMEOUT(isBack(), patienceMs);
 
     QFile trace(QStringLiteral("trace"));
     QVERIFY(trace.open(QIODevice::ReadOnly));
@@ -300,14 +308,15 @@ void TestFaults::damagesReplies()
 void TestFaults::lateRepliesBlockNobody()
 {
     QFETCH(bool, isTcp);
-    Simulator simulator(options(QStringLiteral("late 400 address 1")));
+    Simulator simulator(options(QStringLiteral("late 700 address 1")));
     QVERIFY(simulator.waitReady("listening") && simulator.waitReady("ready"));
     const RawClient client(isTcp ? simulator.port() : 0);
     QVERIFY(client.ask(1, 50).bytes.isEmpty());
+    client.request(2);
     const int unitOffset = isTcp ? 6 : 0;
-    QCOMPARE(int(client.ask(2, 50).bytes.at(unitOffset)), 2);
-    const Answer late = client.receive(patienceMs, client.answerSize());
-    QCOMPARE(int(late.bytes.at(unitOffset)), 1);
+    for (const int unit : {2, 1})
+        QCOMPARE(client.receive(patienceMs, client.answerSize()).bytes.mid(unitOffset, 1),
+                 QByteArray(1, char(unit)));
 }
 
 void TestFaults::linesGoDownAndComeBack()
@@ -316,8 +325,10 @@ void TestFaults::linesGoDownAndComeBack()
     Simulator simulator(options(QStringLiteral("refused 0.5")));
     QVERIFY(simulator.waitReady("listening") && simulator.waitReady("ready"));
     RawClient client(isTcp ? simulator.port() : 0);
-    QTRY_VERIFY(!client.open());
-    QTRY_VERIFY_WITH_TIMEOUT(client.open() && !client.ask(1, 50).bytes.isEmpty(), patienceMs);
+    auto isGone = once([&] { return !client.open(); });
+    auto isBack = once([&] { return client.open() && !client.ask(1, 50).bytes.isEmpty(); });
+    QTRY_VERIFY(isGone());
+    QTRY_VERIFY_WITH_TIMEOUT(isBack(), patienceMs);
 }
 
 void TestFaults::blackHoleKeepsConnections()
@@ -332,7 +343,7 @@ void TestFaults::blackHoleKeepsConnections()
     for (const RawClient* client : {&first, &second}) {
         const Answer inTheHole = client->receive(1200);
         QVERIFY(inTheHole.bytes.isEmpty() && !inTheHole.ended);
-        QCOMPARE(client->ask().bytes.size(), client->answerSize());
+        QCOMPARE(client->askInGoodTimes().size(), client->answerSize());
     }
 }
 
