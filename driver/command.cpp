@@ -118,16 +118,14 @@ std::optional<RegisterWrite> parseUnitCommand(int code, char* argument)
     const unitmap::CommandRow* row = unitmap::rowOfCommand(code);
     if (!row)
         return std::nullopt;
-    RegisterWrite write{unitmap::WriteMultipleRegisters,
-                        unitmap::commandRegister,
-                        unitmap::commandRegisterCount,
-                        {static_cast<std::uint16_t>(code), unitmap::noArgument}};
+    RegisterWrite write{
+        unitmap::WriteSingleRegister, unitmap::firstCommandRegister + code, 1, {unitmap::noArgument}};
     if (row->argument == unitmap::Argument::FileName || *argument == '\0')
         return write;
     const std::optional<int> number = numberWithin(argument, 0, unitmap::noArgument - 1);
     if (!number)
         return std::nullopt;
-    write.values[1] = static_cast<std::uint16_t>(*number);
+    write.values[0] = static_cast<std::uint16_t>(*number);
     return write;
 }
 
@@ -150,8 +148,8 @@ std::optional<RegisterWrite> parseCommand(const char* command)
 
 bool isHistoryDownload(const RegisterWrite& write)
 {
-    return write.firstRegister == unitmap::commandRegister &&
-           write.values[0] == static_cast<int>(unitmap::Command::DownloadHistory);
+    return write.firstRegister ==
+           unitmap::firstCommandRegister + static_cast<int>(unitmap::Command::DownloadHistory);
 }
 
 } // namespace driver

@@ -74,7 +74,7 @@ SimulatedUnit::SimulatedUnit(const UnitIdentity& identity, std::int64_t startMs,
     , m_mapping(checked(modbus_mapping_new_start_address(0, 0, 0, unitmap::alarmPointCount, 0,
                                                          unitmap::holdingRegisterCount, 0,
                                                          unitmap::inputRegisterCount)))
-    , m_commandMapping(checked(modbus_mapping_new_start_address(0, 0, 0, 0, unitmap::commandRegister,
+    , m_commandMapping(checked(modbus_mapping_new_start_address(0, 0, 0, 0, unitmap::firstCommandRegister,
                                                                 unitmap::commandRegisterCount, 0, 0)))
     , m_historyMapping(checked(modbus_mapping_new_start_address(
           0, 0, 0, 0, 0, 0, unitmap::historyHeaderRegister, unitmap::historyRegisterCount)))
@@ -117,12 +117,13 @@ void SimulatedUnit::reply(modbus_t* context, const Bytes& request, int header)
     modbus_mapping_t* mapping = m_mapping.get();
     if (isWrite(function)) {
         const WriteRequest wanted = parseWrite(request, header);
-        // The command register is of function 16 alone: code and argument have to arrive together.
+        const int code = wanted.firstRegister - unitmap::firstCommandRegister;
         const bool isCommand =
-            wanted.firstRegister == unitmap::commandRegister && function == unitmap::WriteMultipleRegisters;
+            function == unitmap::WriteSingleRegister && code >= 0 && code < unitmap::commandRegisterCount;
         Refusal refusal = Refusal::IllegalValue;
         if (!wanted.values.empty())
-            refusal = isCommand ? runCommand(wanted.values) : write(wanted.firstRegister, wanted.values);
+            refusal =
+                isCommand ? runCommand(code, wanted.values[0]) : write(wanted.firstRegister, wanted.values);
         if (refusal != Refusal::None) {
             if (m_trace)
                 m_trace->rejected(address(), function, wanted.firstRegister, refusal);
@@ -150,11 +151,9 @@ Refusal SimulatedUnit::write(int firstRegister, const std::vector<std::uint16_t>
     return Refusal::None;
 }
 
-Refusal SimulatedUnit::runCommand(const std::vector<std::uint16_t>& values)
+Refusal SimulatedUnit::runCommand(int code, std::uint16_t argument)
 {
-    if (values.size() != unitmap::commandRegisterCount)
-        return Refusal::IllegalAddress;
-    switch (execute(values[0], values[1])) {
+    switch (execute(code, argument)) {
     case CommandResult::UnknownCode:
     case CommandResult::BadArgument:
         return Refusal::IllegalValue;
@@ -164,7 +163,7 @@ Refusal SimulatedUnit::runCommand(const std::vector<std::uint16_t>& values)
         break;
     }
     if (m_trace)
-        m_trace->command(address(), values[0], values[1]);
+        m_trace->command(address(), code, argument);
     publish();
     return Refusal::None;
 }

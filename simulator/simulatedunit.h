@@ -58,7 +58,7 @@ private:
     using Mapping = std::unique_ptr<modbus_mapping_t, MappingDeleter>;
 
     Refusal write(int firstRegister, const std::vector<std::uint16_t>& values);
-    Refusal runCommand(const std::vector<std::uint16_t>& values);
+    Refusal runCommand(int code, std::uint16_t argument);
     CommandResult execute(int code, std::uint16_t argument);
     void playScenario(int ms);
     void perform(const Action& action);

@@ -63,10 +63,11 @@ constexpr Block blocks[] = {
 };
 // clang-format on
 
-/// Commands are one write of two holding registers: the code, then the argument.
-constexpr int commandRegister = 0x1000;
-constexpr int commandRegisterCount = 2;
-/// Argument register of a command that has none.
+/// A command is the write of one holding register, this one plus its code, with the argument as value. So a
+/// reply, which repeats both, is never taken for that of another command.
+constexpr int firstCommandRegister = 0x1000;
+constexpr int commandRegisterCount = 32;
+/// Value for a command that has no argument.
 constexpr std::uint16_t noArgument = 0xFFFF;
 
 /// The row that holds a point, or null for a point outside the map. 3000-3163, 4000-4275, 2000-2511.

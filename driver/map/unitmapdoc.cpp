@@ -91,11 +91,11 @@ void printBlocks()
 
 void printCommands()
 {
-    std::printf(
-        "\n## Commands\n\nOne write of %d holding registers from %d (0x%04X) on with function 16: the code, "
-        "then the argument,\n%d (0x%04X) for none. They cannot be read.\n\n"
-        "| Code | Argument | Meaning |\n|---|---|---|\n",
-        commandRegisterCount, commandRegister, commandRegister, noArgument, noArgument);
+    std::printf("\n## Commands\n\nOne write of a holding register with function 6: of register %d (0x%04X) "
+                "plus the code. "
+                "The value is the\nargument, %d (0x%04X) for none. These registers cannot be read.\n\n"
+                "| Code | Argument | Meaning |\n|---|---|---|\n",
+                firstCommandRegister, firstCommandRegister, noArgument, noArgument);
     for (const CommandRow& row : commandRows) {
         std::printf("| %d | %s | %s |\n", static_cast<int>(row.code),
                     row.argument == Argument::Number ? "number" : "none", row.meaning);

@@ -103,11 +103,11 @@ void TestDriver::sendsCommands_data()
     const auto row = [](const char* text, const char* frame) {
         QTest::newRow(text) << Bytes(text) << hex(frame);
     };
-    row("17,", "011010000002040011ffff6fda");
-    row("0,", "011010000002040000ffff3fdf");
-    row("0,10", "011010000002040000000abe68");
-    row("12,65534", "01101000000204000cfffe3e1c");
-    row("20,/tmp/history.csv", "011010000002040014ffff7fdb");
+    row("17,", "01061011ffffdcbf");
+    row("0,", "01061000ffff8cba");
+    row("0,10", "01061000000a0d0d");
+    row("12,65534", "0106100cfffe8d79");
+    row("20,/tmp/history.csv", "01061014ffffccbe");
     row(" 3017,  32", "010600110020d817");
     row("3003,-5", "01060003fffb79b9");
     row("3087,ACME, \xE9",
@@ -140,8 +140,12 @@ void TestDriver::sendsCommands()
 
     const Bytes rejection = withCrc(frame.left(1) + char(frame[1] | 0x80) + '\x03');
     const Bytes wrongEcho = withCrc(frame.left(5) + char(frame[5] ^ 1));
+    const Bytes ofAnother = withCrc(frame.left(3) + char(frame[3] ^ 1) + frame.mid(4, 2));
     const QPair<List, driver::ControlResult> failures[] = {
-        {{rejection}, driver::Rejected}, {{wrongEcho}, driver::BadReply}, {{}, driver::NoAnswer}};
+        {{rejection}, driver::Rejected},
+        {{wrongEcho}, driver::BadReply},
+        {{ofAnother}, driver::BadReply},
+        {{}, driver::NoAnswer}};
     for (const auto& failure : failures) {
         unit.fault = [&](const Bytes&) { return failure.first; };
         QCOMPARE(Control(&unit, 1, text, nullptr), int(failure.second));

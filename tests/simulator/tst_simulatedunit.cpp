@@ -81,11 +81,11 @@ void TestSimulatedUnit::tcp_data()
     row("no such day", "0510006700060C00180002001E000C001E0000", "0590" + illegalValue);
     row("single date field", "0506006700 18", "0586" + illegalAddress);
 
-    row("command with an argument", "051010000002040000000A", "051010000002");
-    row("buzzer", "05101000000204 0011FFFF", "051010000002");
-    row("unknown command", "05101000000204 0005FFFF", "0590" + illegalValue);
-    row("command without argument register", "05101000000102 0011", "0590" + illegalAddress);
-    row("command by function 6", "0506100000 11", "0586" + illegalAddress);
+    row("command with an argument", "05061000000A", "05061000000A");
+    row("buzzer", "05061011FFFF", "05061011FFFF");
+    row("unknown command", "05061005FFFF", "0586" + illegalValue);
+    row("command by function 16", "05101011000102FFFF", "0590" + illegalAddress);
+    row("behind the commands", "05061020FFFF", "0586" + illegalAddress);
 }
 
 void TestSimulatedUnit::tcp()

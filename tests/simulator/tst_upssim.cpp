@@ -109,7 +109,7 @@ void TestUpsSim::traceTellsTheTruth()
         words(QStringLiteral("--tcp 0 --trace trace.jsonl --address 7 --name Alpha --scenario none")));
     QVERIFY(simulator.waitReady("listening"));
     const QString target = QStringLiteral("127.0.0.1 -a 7 -p %1 ").arg(simulator.port());
-    poll(words(target + QStringLiteral("-t 4 -r 4096 17 65535")));
+    poll(words(target + QStringLiteral("-t 4 -r 4113 65535")));
     poll(words(target + QStringLiteral("-t 4 -r 17 20")));
     poll(words(target + QStringLiteral("-t 4 -r 17 10")));
     const QMap<int, int> live = poll(words(target + QStringLiteral("-t 3 -r 80 -c 100")));
