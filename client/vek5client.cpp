@@ -4,7 +4,9 @@
 #include "serialport.h"
 #include "unitsettings.h"
 #include "vek5font.h"
+#include "vek5view.h"
 
+#include <QApplication>
 #include <QtDebug>
 
 vek5Client::vek5Client(CollectThread* parent)
@@ -25,6 +27,7 @@ vek5Client::~vek5Client()
     wait();
     waitForPolls();
     FreeDriver();
+    deleteView();
     qDebug("~vek5Client");
 }
 
@@ -54,6 +57,33 @@ QStringList vek5Client::changeLogData(QMap<int, QVariant> data)
 QStringList vek5Client::getEventLogDesc()
 {
     return vek5Font::instance()->getEventLogDesc();
+}
+
+CollectView* vek5Client::getView()
+{
+    const auto* application = qobject_cast<QApplication*>(QCoreApplication::instance());
+    if (!application || application->thread() != QThread::currentThread()) {
+        qDebug("no pages for %s: they need a QApplication and its thread", qPrintable(m_deviceName));
+        return nullptr;
+    }
+    if (!m_view) {
+        m_view = new vek5View;
+        connect(m_view, &CollectView::postDEvent, this, &CollectThread::postDEvent);
+    }
+    m_view->refreshLayout();
+    m_view->refreshData();
+    m_view->setName(m_deviceName);
+    return m_view;
+}
+
+void vek5Client::deleteView()
+{
+    if (!m_view)
+        return;
+    if (m_view->thread() == QThread::currentThread())
+        delete m_view;
+    else
+        m_view->deleteLater();
 }
 
 bool vek5Client::LoadDriver()

@@ -9,6 +9,7 @@
 #include "tcpconnection.h"
 
 #include <QList>
+#include <QPointer>
 #include <QWaitCondition>
 
 #include <atomic>
@@ -18,6 +19,7 @@
 
 class PortManage;
 class SerialPort;
+class vek5View;
 
 /// The collector of one 10-30 kVA unit: polls it through the model driver library, keeps its values and
 /// reports through postDEvent.
@@ -41,6 +43,10 @@ public:
     QStringList getDataLogDesc() override;
     QStringList changeLogData(QMap<int, QVariant> data) override;
     QStringList getEventLogDesc() override;
+    /// The unit's pages, made at the first call; every call brings them up to date and names the unit. What
+    /// the pages ask for goes out as this collector's postDEvent. They stay the collector's, also as a child
+    /// of a host's widget, but a host may delete them. Null without a QApplication or off its thread.
+    CollectView* getView() override;
     void loadConfig() override;
     CollectThread* create(void* handle) override;
     using CollectThread::release;
@@ -82,6 +88,7 @@ private slots:
     void threadTimer();
 
 private:
+    void deleteView();
     int commandCount();
     std::optional<ControlCmd> takeCommand();
     bool isStopRequested() const;
@@ -111,6 +118,8 @@ private:
     QString m_languageCode;
     int m_deviceAddress = 1;
     int m_commType = 0;
+
+    QPointer<vek5View> m_view; // GUI thread only; a host may delete it
 
     // Texts of the history; written by the constructor alone.
     QMap<int, QString> m_historyState;

@@ -6,6 +6,7 @@
 #include <QPluginLoader>
 #include <QPointer>
 #include <QProcess>
+#include <QTabWidget>
 #include <QtTest>
 
 namespace {
@@ -66,6 +67,7 @@ private slots:
     void virtualOperations();
     void members();
     void eventsCrossThreads();
+    void pages();
 
 private:
     static CollectThread* instance()
@@ -252,6 +254,45 @@ void tst_PluginContract::eventsCrossThreads()
             });
     collector->start();
     QTRY_VERIFY(received > 1);
+}
+
+// The pages of a collector, for a host that knows the interface alone: they may go before it or with it.
+void tst_PluginContract::pages()
+{
+    std::unique_ptr<CollectThread> collector(instance()->create(nullptr));
+    collector->m_deviceName = QStringLiteral("first");
+    QPointer<CollectView> view(collector->getView());
+    QVERIFY(view);
+    QCOMPARE(collector->getView(), view.data());
+    QCOMPARE(view->m_name, QStringLiteral("first"));
+    QVERIFY(view->findChild<QTabWidget*>(QStringLiteral("devStacketTable")));
+
+    QSignalSpy requests(collector.get(), &CollectThread::postDEvent);
+    view->control(7, QStringLiteral("1"));
+    QCOMPARE(requests.count(), 1);
+    QCOMPARE(requests.first().first().toInt(), 7);
+
+    // A window that shows the pages takes them along while maps still arrive.
+    auto window = std::make_unique<QWidget>();
+    view->setParent(window.get());
+    view->setUserInfo(QStringLiteral("user"), 0);
+    window->show();
+    int received = 0;
+    connect(collector.get(), &CollectThread::postDEvent, view.data(),
+            [&](int type, const QMap<QString, QVariant>& record) {
+                if (type == 2007 && ++received)
+                    view->flushData(record.value(QStringLiteral("data")).value<QMap<int, QVariant>>());
+            });
+    collector->start();
+    QTRY_VERIFY(received > 1);
+    window.reset();
+    QVERIFY(!view);
+
+    view = collector->getView();
+    QVERIFY(view);
+    view->show();
+    collector.reset();
+    QVERIFY(!view);
 }
 
 QTEST_MAIN(tst_PluginContract)
