@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Builds everything, starts three simulated units (two on one serial line, one on TCP) and runs the host on
-# them. All options go to the host: ./demo.sh --headless --seconds 25
+# them. All options go to the host: ./demo.sh --headless --seconds 25, or ./demo.sh --screenshots DIR
 set -euo pipefail
 
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
@@ -76,6 +76,21 @@ start_units() {
     sed -i "/^\[UPS-C\]/,/^\[/ s/^port=.*/port=$port/" "$dev_ini"
 }
 
+# The host runs in a folder of its own, but a folder for pictures is meant as seen from the caller's.
+options=()
+read_options() {
+    local previous='' option
+    for option in "$@"; do
+        if [[ $previous = --screenshots && -n $option ]]; then
+            option=$(realpath -m -- "$option")
+        elif [[ $option = --screenshots=?* ]]; then
+            option=--screenshots=$(realpath -m -- "${option#*=}")
+        fi
+        options+=("$option")
+        previous=$option
+    done
+}
+
 run_host() {
     local status
     end_if_interrupted
@@ -92,6 +107,7 @@ run_host() {
     return "$status"
 }
 
+read_options "$@"
 take_lock
 "$root/scripts/install-deps.sh" 9>&- >&2
 "$root/scripts/build.sh" release 9>&-
@@ -101,4 +117,4 @@ trap on_signal INT TERM HUP
 # A process group for each child: Ctrl-C then reaches this script alone, which ends them in order.
 set -m
 start_units
-run_host "$@"
+run_host "${options[@]}"

@@ -6,6 +6,7 @@ namespace EventType {
 
 enum Value
 {
+    SettingRequest = 1029,    ///< a unit's pages: the user confirmed a setting
     Communicating = 1040,     ///< first answer, or first one after a loss
     CommunicationLost = 1041, ///< no answer for as many cycles as the retry limit says
     CommandResult = 1042,     ///< a history download has been done

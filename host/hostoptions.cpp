@@ -38,6 +38,12 @@ struct Options
     QCommandLineOption check{
         QStringLiteral("check"),
         QStringLiteral("Looks at each unit once, or at the units named, and says what stands in the way.")};
+    QCommandLineOption screenshots{
+        QStringLiteral("screenshots"),
+        QStringLiteral("Writes a picture of every page and dialog of the first unit as PNG into the folder "
+                       "<dir>, without a display, and ends; --seconds limits how long it waits for the unit "
+                       "to be on mains, battery and bypass (240)."),
+        QStringLiteral("dir")};
     QCommandLineOption poll{
         QStringLiteral("poll"),
         QStringLiteral("Asks each unit for its cycles instead of starting the unit's own thread.")};
@@ -83,11 +89,13 @@ void describe(QCommandLineParser& parser, const Options& options)
                                  QStringLiteral("[unit...]"));
     parser.setApplicationDescription(QStringLiteral(
         "Monitors the units of PVMX/drovaPanel/db/dev.ini beside the program.\n"
-        "Exit status: 0 every unit answered, 3 one never did, 2 wrong use or configuration, 1 output lost."));
-    parser.addOptions({options.help, options.version, options.headless, options.seconds, options.units,
-                       options.plugin, options.control, options.check, options.json, options.poll,
-                       options.journal, options.logInterval, options.keepDays, options.exportEvents,
-                       options.exportLog, options.from, options.to, options.unit, options.verbose});
+        "Exit status: 0 every unit answered, 3 one never did, 2 wrong use or configuration, 1 output lost, "
+        "4 a picture is missing."));
+    parser.addOptions({options.help,        options.version,  options.headless,     options.seconds,
+                       options.units,       options.plugin,   options.control,      options.check,
+                       options.screenshots, options.json,     options.poll,         options.journal,
+                       options.logInterval, options.keepDays, options.exportEvents, options.exportLog,
+                       options.from,        options.to,       options.unit,         options.verbose});
 }
 
 // The readers return what is wrong, or an empty text.
@@ -197,6 +205,20 @@ QString readCheck(const QCommandLineParser& parser, const Options& options, Host
     return result->exports.isWanted() ? QStringLiteral("an export does not go with --check") : QString();
 }
 
+QString readScreenshots(const QCommandLineParser& parser, const Options& options, HostOptions* result)
+{
+    result->screenshotFolder = parser.value(options.screenshots);
+    if (result->screenshotFolder.isEmpty())
+        return QStringLiteral("--screenshots: the name of a folder is needed");
+    for (const QCommandLineOption* option : {&options.control, &options.json, &options.check,
+                                             &options.journal, &options.logInterval, &options.keepDays}) {
+        if (parser.isSet(*option))
+            return QStringLiteral("--%1 does not go with --screenshots").arg(option->names().constFirst());
+    }
+    return result->exports.isWanted() ? QStringLiteral("an export does not go with --screenshots")
+                                      : QString();
+}
+
 QString readValues(const QCommandLineParser& parser, const Options& options, HostOptions* result)
 {
     QStringList errors;
@@ -214,6 +236,8 @@ QString readValues(const QCommandLineParser& parser, const Options& options, Hos
     result->pluginFile = parser.value(options.plugin);
     if (parser.isSet(options.plugin) && result->pluginFile.isEmpty())
         errors += QStringLiteral("--plugin: the name of a file is needed");
+    if (parser.isSet(options.screenshots))
+        errors += readScreenshots(parser, options, result);
     if (parser.isSet(options.check))
         errors += readCheck(parser, options, result);
     else if (!parser.positionalArguments().isEmpty())

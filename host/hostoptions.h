@@ -37,10 +37,11 @@ struct HostOptions
     int logIntervalS = 10; ///< between two rows of a unit's data log
     int keepDays = 0;      ///< how long the journal keeps its records; 0 is for ever
     ExportOptions exports;
-    bool isCheck = false;   ///< look at each unit once, step by step, instead of running
-    bool isJson = false;    ///< JSON lines instead of text
-    bool isPolling = false; ///< ask each unit for its cycles instead of starting its own thread
-    bool isVerbose = false; ///< show the debug lines of the plugin
+    QString screenshotFolder; ///< where pictures of a unit's pages go, instead of running; empty is nowhere
+    bool isCheck = false;     ///< look at each unit once, step by step, instead of running
+    bool isJson = false;      ///< JSON lines instead of text
+    bool isPolling = false;   ///< ask each unit for its cycles instead of starting its own thread
+    bool isVerbose = false;   ///< show the debug lines of the plugin
 };
 
 /// The outcome of reading a command line: options, or a line that says what is wrong with it, or a text

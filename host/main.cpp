@@ -7,16 +7,19 @@
 #include "exitcode.h"
 #include "headlessrunner.h"
 #include "hostoptions.h"
+#include "hoststyle.h"
 #include "journal.h"
 #include "journalexport.h"
 #include "lineoutput.h"
+#include "picturefolder.h"
 #include "pluginlibrary.h"
 #include "portmanagerthread.h"
+#include "screenshotrun.h"
 #include "stopsignals.h"
 #include "unitjournal.h"
 #include "unitlist.h"
 
-#include <QCoreApplication>
+#include <QApplication>
 #include <QElapsedTimer>
 
 #include <algorithm>
@@ -111,6 +114,33 @@ ExitCode runUnits(const HostOptions& options, const QStringList& unitNames)
     return runner.run();
 }
 
+ExitCode takeScreenshots(const HostOptions& options, const QString& unitName)
+{
+    constexpr int defaultLimitS = 240; // twice the demo's scenario
+    PictureFolder folder(options.screenshotFolder);
+    if (!folder.error().isEmpty())
+        return refuse(QStringLiteral("--screenshots ") + folder.error());
+    hoststyle::apply();
+    const PluginLibrary plugin(options.pluginFile);
+    if (!plugin.factory())
+        return refuse(plugin.error());
+    const PortManagerThread ports;
+    Collectors collectors = makeCollectors(*plugin.factory(), ports.manager(), 1);
+    if (!collectors.front())
+        return refuse(QStringLiteral("the plugin made no collector for a unit"));
+
+    const StopSignals signalWatch;
+    LineOutput output(STDOUT_FILENO, StopSignals::isPending);
+    UnitSession session(unitName, std::move(collectors.front()),
+                        options.isPolling ? UnitSession::Cycles::Polled : UnitSession::Cycles::OwnThread);
+    ScreenshotRun run(session, folder, output, options.seconds > 0 ? options.seconds : defaultLimitS);
+    QObject::connect(&signalWatch, &StopSignals::stopRequested, &run, &ScreenshotRun::stop);
+    const ExitCode code = run.run();
+    if (!run.error().isEmpty())
+        diagnostics::print(run.error());
+    return code;
+}
+
 // Needs neither the plugin nor any unit's settings.
 ExitCode runExports(const HostOptions& options)
 {
@@ -137,16 +167,31 @@ bool holdStandardDescriptors()
     return true;
 }
 
-ExitCode runHost(const QStringList& arguments)
+// Before the application object is made, for its kind depends on the options.
+ParsedOptions readCommandLine(int& argc, char* argv[])
 {
-    const ParsedOptions parsed = parseOptions(arguments);
+    const QCoreApplication reader(argc, argv);
+    return parseOptions(QCoreApplication::arguments());
+}
+
+// Only pages need a display: everything else works where not even Qt's platform plugins are installed.
+std::unique_ptr<QCoreApplication> makeApplication(const HostOptions& options, int& argc, char* argv[])
+{
+    if (options.screenshotFolder.isEmpty())
+        return std::make_unique<QCoreApplication>(argc, argv);
+    hoststyle::prepareOffscreen();
+    argc = 1; // a QApplication would take some options for its own, --plugin among them
+    return std::make_unique<QApplication>(argc, argv);
+}
+
+ExitCode runHost(const ParsedOptions& parsed)
+{
     if (!parsed.error.isEmpty())
         return refuse(parsed.error);
     if (!parsed.infoText.isEmpty()) {
         std::fputs(parsed.infoText.toLocal8Bit().constData(), stdout);
         return ExitCode::Ok;
     }
-    diagnostics::install(parsed.options.isVerbose);
     if (parsed.options.exports.isWanted())
         return runExports(parsed.options);
 
@@ -165,6 +210,8 @@ ExitCode runHost(const QStringList& arguments)
         return refuse(error);
     if (parsed.options.isCheck)
         return checkUnits(parsed.options, units.names);
+    if (!parsed.options.screenshotFolder.isEmpty())
+        return takeScreenshots(parsed.options, units.names.constFirst());
     const QString journalFile = parsed.options.journalFile;
     const QString journalError = journalFile.isEmpty() ? QString() : Journal::refusal(journalFile);
     if (!journalError.isEmpty())
@@ -178,6 +225,8 @@ int main(int argc, char* argv[])
 {
     if (!holdStandardDescriptors())
         return static_cast<int>(ExitCode::OutputFailed);
-    const QCoreApplication app(argc, argv);
-    return static_cast<int>(runHost(QCoreApplication::arguments()));
+    const ParsedOptions parsed = readCommandLine(argc, argv);
+    diagnostics::install(parsed.options.isVerbose);
+    const auto application = makeApplication(parsed.options, argc, argv);
+    return static_cast<int>(runHost(parsed));
 }

@@ -1,6 +1,7 @@
 #include "unitsession.h"
 
 #include "collectthread.h"
+#include "eventtype.h"
 #include "pollthread.h"
 
 #include <climits>
@@ -54,10 +55,12 @@ bool UnitSession::waitStopped(unsigned long timeoutMs)
     return true;
 }
 
-// On the thread of the cycle, which the failure count belongs to.
+// On the thread of the cycle, or that of the pages for what they ask for.
 void UnitSession::queueEvent(int type, const QVariantMap& record)
 {
-    if (m_events.append({type, record, m_collector->m_failureCount}))
+    // The count belongs to the cycle, and values come from there only.
+    const int failedCycles = type == EventType::Data ? m_collector->m_failureCount : 0;
+    if (m_events.append({type, record, failedCycles}))
         emit eventsWaiting();
 }
 

@@ -1,13 +1,15 @@
 #!/usr/bin/env bash
-# Installs the Debian packages that building, running and testing need. Quick when they are there already.
+# Installs the Debian packages that building, running and testing need, and those named. Quick when they are there.
 set -euo pipefail
 
 packages=(
+    "$@"
     g++ cmake ninja-build pkg-config
     qtbase5-dev                 # Qt 5: plugin, host, tests
     libqt5sql5-sqlite           # the host's journal
     libhidapi-dev libudev-dev   # USB HID units, linked into the plugin
     libmodbus-dev               # the simulated units
+    fonts-inter                 # the typeface of the pages; it has U+2103, the degree Celsius
     mbpoll                      # the independent client that tests the simulated units
 )
 

@@ -65,6 +65,10 @@ private slots:
         row("--export-log a --units A", "--units does not go");
         row("--export-log - --export-events -", "--export-log -");
         row("--export-log a --journal none", "--journal none");
+        row("--screenshots=", "name of a folder");
+        row("--screenshots p --json", "--json does not go with --screenshots");
+        row("--screenshots p --check", "--check does not go with --screenshots");
+        row("--screenshots p --export-log l", "export does not go with --screenshots");
     }
     void refusesOptions()
     {

@@ -23,6 +23,9 @@ private slots:
         writeUnits({QStringLiteral("A"), QStringLiteral("B")});
     }
 
+    // What shows no pages needs none of Qt's platforms.
+    void initTestCase() { qputenv("QT_QPA_PLATFORM", "none"); }
+
     void endsWhenTimeIsOver()
     {
         writeUnits({QStringLiteral("A"), QStringLiteral("silent")});
@@ -61,6 +64,30 @@ private slots:
         QVERIFY(waitForEnd());
         QCOMPARE(m_host.exitCode(), 2);
         QCOMPARE(m_host.readAllStandardOutput(), QByteArray());
+        QVERIFY2(m_errors.contains(error), m_errors);
+        QCOMPARE(m_errors.count('\n'), 1);
+    }
+
+    void refusesScreenshots_data()
+    {
+        QTest::addColumn<QString>("folder");
+        QTest::addColumn<int>("exitCode");
+        QTest::addColumn<QByteArray>("error");
+        QTest::newRow("no folder") << QStringLiteral("/dev/null/pictures") << 2
+                                   << QByteArray("/dev/null/pictures: the folder cannot be made");
+        QTest::newRow("not writable")
+            << QStringLiteral("/proc") << 2 << QByteArray("/proc: nothing can be written there");
+        QTest::newRow("unit without pages") << QStringLiteral(".") << 4 << QByteArray("A has no pages");
+    }
+    void refusesScreenshots()
+    {
+        QFETCH(QString, folder);
+        QFETCH(QByteArray, error);
+        qunsetenv("QT_QPA_PLATFORM");
+        start({QStringLiteral("--screenshots"), folder});
+        initTestCase();
+        QVERIFY(waitForEnd());
+        QTEST(m_host.exitCode(), "exitCode");
         QVERIFY2(m_errors.contains(error), m_errors);
         QCOMPARE(m_errors.count('\n'), 1);
     }
