@@ -1,16 +1,27 @@
 #include "scriptedunit.h"
 
+#include "testfiles.h"
 #include "vek5client.h"
 
 #include <QCoreApplication>
 #include <QDir>
-#include <QFile>
-#include <QtTest>
+
+#include <algorithm>
 
 ScriptedUnit& scriptedUnit()
 {
     static ScriptedUnit unit;
     return unit;
+}
+
+void ScriptedUnit::reset()
+{
+    answers = true;
+    controlResult = 0;
+    points.clear();
+    hook = nullptr;
+    queries = 0;
+    commands.clear();
 }
 
 Q_DECL_EXPORT int scriptedQuery(PortHandle* handle, int, void (*callback)(int, float, void*), void* context)
@@ -28,12 +39,8 @@ Q_DECL_EXPORT int scriptedQuery(PortHandle* handle, int, void (*callback)(int, f
 
 Q_DECL_EXPORT int scriptedControl(PortHandle*, int, const char* command, void*)
 {
-    ScriptedUnit& unit = scriptedUnit();
-    if (unit.onControl)
-        unit.onControl(command);
-    else
-        unit.commands << QByteArray(command);
-    return unit.controlResult;
+    scriptedUnit().commands << QByteArray(command);
+    return scriptedUnit().controlResult;
 }
 
 EventLog::EventLog(vek5Client* collector)
@@ -49,33 +56,34 @@ EventLog::EventLog(vek5Client* collector)
 QVector<int> EventLog::types(bool withData) const
 {
     QVector<int> types;
-    for (const SeenEvent& event : m_events) {
-        if (withData || event.type != 2007)
-            types << event.type;
+    for (const auto& event : m_events) {
+        if (withData || event.first != 2007)
+            types << event.first;
     }
     return types;
 }
 
-const SeenEvent& EventLog::last(int type) const
+QVariantMap EventLog::last(int type) const
 {
-    for (int i = m_events.size() - 1; i >= 0; --i) {
-        if (m_events.at(i).type == type)
-            return m_events.at(i);
-    }
-    static const SeenEvent none{0, {}};
-    return none;
+    const auto isOfType = [type](const auto& event) { return event.first == type; };
+    const auto found = std::find_if(m_events.rbegin(), m_events.rend(), isOfType);
+    return found == m_events.rend() ? QVariantMap() : found->second;
 }
 
-void writeConfig(const QString& unitName, const QStringList& lines)
+void writeConfig(const Text& unitName, const Text& lines)
 {
     const QString folder = QCoreApplication::applicationDirPath() + QStringLiteral("/PVMX/drovaPanel/db");
     QVERIFY(QDir().mkpath(folder));
-    QFile file(folder + QStringLiteral("/dev.ini"));
-    QVERIFY(file.open(QIODevice::WriteOnly));
     // QSettings takes a file of the same size and time for the one it knows: each gets a size of its own.
     static QByteArray filler("\n;");
     filler += '-';
-    file.write(QString(QLatin1Char('[') + unitName + QStringLiteral("]\n") + lines.join(QLatin1Char('\n')))
-                   .toUtf8() +
-               filler);
+    const QString text = QLatin1Char('[') + unitName + QStringLiteral("]\n") + lines;
+    writeFile(folder + QStringLiteral("/dev.ini"), text.toUtf8() + filler);
+}
+
+void configure(vek5Client& collector, const Text& lines)
+{
+    writeConfig("A", lines);
+    collector.m_deviceName = QStringLiteral("A");
+    collector.loadConfig();
 }

@@ -1,4 +1,5 @@
 #include "scriptedunit.h"
+#include "testfiles.h"
 #include "vek5client.h"
 
 #include <QSemaphore>
@@ -14,8 +15,6 @@
 #include <vector>
 
 namespace {
-
-constexpr int promptlyMs = 3000; // far below the 5 s pause and the 30 s wait that must not be sat out
 
 // A port on which connections stay half-made: the queue of pending ones is full and nobody accepts.
 class BlackHole
@@ -43,16 +42,12 @@ public:
             ::close(client);
         ::close(m_listener);
     }
-    QString port() const { return QString::number(m_port); }
+    int port() const { return m_port; }
     // Connections to the port that the system has begun and not completed.
     int pendingConnections() const
     {
-        QFile table(QStringLiteral("/proc/net/tcp"));
-        if (!table.open(QIODevice::ReadOnly))
-            return -1;
-        const QByteArray target =
-            ':' + QByteArray::number(m_port, 16).toUpper().rightJustified(4, '0') + " 02 ";
-        return table.readAll().count(target);
+        const QByteArray port = QByteArray::number(m_port, 16).toUpper().rightJustified(4, '0');
+        return contentOf("/proc/net/tcp").count(':' + port + " 02 ");
     }
 
 private:
@@ -61,21 +56,25 @@ private:
     int m_clients[4] = {};
 };
 
-std::unique_ptr<vek5Client> newCollector(const QStringList& config)
+std::unique_ptr<vek5Client> newCollector(const Text& config)
 {
-    writeConfig(QStringLiteral("A"), config);
     auto collector = std::make_unique<vek5Client>();
-    collector->m_deviceName = QStringLiteral("A");
-    collector->loadConfig();
+    configure(*collector, config);
     return collector;
 }
 
-const QString noPort = QStringLiteral("commType=2");
-
-QStringList tcpConfig(const QString& port)
+QString tcpConfig(int port)
 {
-    return {QStringLiteral("commType=1"), QStringLiteral("ipAddr=127.0.0.1"),
-            QString(QStringLiteral("port=") + port)};
+    return QStringLiteral("commType=1\nipAddr=127.0.0.1\nport=%1").arg(port);
+}
+
+// Far below the 5 s pause and the 30 s wait that must not be sat out.
+bool endsPromptly(std::unique_ptr<vek5Client>& collector)
+{
+    QElapsedTimer timer;
+    timer.start();
+    collector.reset();
+    return timer.elapsed() < 3000;
 }
 
 } // namespace
@@ -86,181 +85,152 @@ class tst_CollectorLifetime : public QObject
     Q_OBJECT
 
 private slots:
-    void init();
-    void deletedBeforeAndRightAfterStart();
-    void deletedInsideAQuery();
-    void deletedInThePauseBeforeConnecting();
-    void deletedWhileConnecting();
-    void connectionEndsWithItsThread();
-    void deletedThroughRelease();
-    void stoppedAndStartedAgain();
-    void pollIsHandedToTheRunningThread();
-    void pollReturnsWhenTheThreadEnds();
-};
-
-void tst_CollectorLifetime::init()
-{
-    scriptedUnit().answers = true;
-    scriptedUnit().hook = nullptr;
-    scriptedUnit().points = {{4000, 1.0F}};
-    scriptedUnit().queries = 0;
-}
-
-void tst_CollectorLifetime::deletedBeforeAndRightAfterStart()
-{
-    for (int i = 0; i < 50; ++i) {
-        auto collector = newCollector({noPort});
-        if (i % 5 != 0)
-            collector->start();
-        if (i % 5 == 4)
-            QTRY_VERIFY(collector->isRunning());
+    void init()
+    {
+        scriptedUnit().reset();
+        scriptedUnit().points = {{4000, 1.0F}};
     }
-}
 
-void tst_CollectorLifetime::deletedInsideAQuery()
-{
-    QSemaphore isInside;
-    QSemaphore mayLeave;
-    scriptedUnit().hook = [&](PortHandle*) {
-        isInside.release();
-        mayLeave.tryAcquire(1, 200); // released by no one: the destructor has to wait for the query
-    };
-    auto collector = newCollector({noPort});
-    collector->start();
-    QVERIFY(isInside.tryAcquire(1, 5000));
-    collector.reset();
-    QCOMPARE(isInside.available(), 0);
-}
-
-void tst_CollectorLifetime::deletedInThePauseBeforeConnecting()
-{
-    // Three pollers: one is in the pause, the others wait for their turn. All must be out before it is gone.
-    auto collector = newCollector(tcpConfig(QStringLiteral("1")));
-    vek5Client* raw = collector.get();
-    std::vector<std::thread> pollers;
-    std::atomic<int> arrived{0};
-    for (int i = 0; i < 3; ++i) {
-        raw->control(1009, QString());
-        pollers.emplace_back([&] {
-            ++arrived;
-            raw->poll();
-        });
+    void deletedBeforeAndRightAfterStart()
+    {
+        for (int i = 0; i < 50; ++i) {
+            auto collector = newCollector("commType=2");
+            if (i % 5 != 0)
+                collector->start();
+            if (i % 5 == 4)
+                QTRY_VERIFY(collector->isRunning());
+        }
     }
-    QTRY_VERIFY(arrived.load() == 3 && raw->getWorkState() == 1);
-    QElapsedTimer timer;
-    timer.start();
-    collector.reset();
-    QVERIFY(timer.elapsed() < promptlyMs);
-    for (std::thread& poller : pollers)
-        poller.join();
-    QCOMPARE(scriptedUnit().queries.load(), 0);
-}
 
-void tst_CollectorLifetime::deletedWhileConnecting()
-{
-    const BlackHole blackHole;
-    const int before = blackHole.pendingConnections();
-    auto collector = newCollector(tcpConfig(blackHole.port()));
-    collector->start();
-    QTRY_VERIFY_WITH_TIMEOUT(blackHole.pendingConnections() > before, 30000);
-    QElapsedTimer timer;
-    timer.start();
-    collector.reset();
-    QVERIFY(timer.elapsed() < promptlyMs);
-    QCOMPARE(scriptedUnit().queries.load(), 0);
-}
-
-void tst_CollectorLifetime::connectionEndsWithItsThread()
-{
-    QTcpServer server;
-    QVERIFY(server.listen(QHostAddress::LocalHost));
-    auto collector = newCollector(tcpConfig(QString::number(server.serverPort())));
-    QSemaphore mayEnd;
-    std::thread poller([&] {
-        collector->poll();
-        mayEnd.acquire(); // the thread lives on, and with it the socket's notifiers
-    });
-    QTRY_VERIFY_WITH_TIMEOUT(server.hasPendingConnections(), 30000);
-    const std::unique_ptr<QTcpSocket> peer(server.nextPendingConnection());
-    QTRY_COMPARE(scriptedUnit().queries.load(), 1);
-    QTRY_COMPARE(collector->getWorkState(), 0);
-    collector.reset();
-    QTRY_COMPARE(peer->state(), QAbstractSocket::UnconnectedState); // a unit may serve one client only
-    mayEnd.release();
-    poller.join();
-}
-
-void tst_CollectorLifetime::deletedThroughRelease()
-{
-    vek5Client factory;
-    auto* collector = qobject_cast<vek5Client*>(factory.create(nullptr));
-    QVERIFY(collector);
-    const QPointer<vek5Client> guard(collector);
-    collector->start();
-    static_cast<CollectThread&>(factory).release(collector); // the host's operation frees nothing
-    QVERIFY(guard);
-    factory.release(collector);
-    factory.release(static_cast<vek5Client*>(nullptr));
-    QTRY_VERIFY(!guard);
-}
-
-void tst_CollectorLifetime::stoppedAndStartedAgain()
-{
-    auto collector = newCollector({noPort});
-    for (int i = 0; i < 3; ++i) {
-        scriptedUnit().queries = 0;
+    void deletedInsideAQuery()
+    {
+        QSemaphore isInside;
+        QSemaphore mayLeave;
+        scriptedUnit().hook = [&](PortHandle*) {
+            isInside.release();
+            mayLeave.tryAcquire(1, 200); // released by no one: the destructor has to wait for the query
+        };
+        auto collector = newCollector("commType=2");
         collector->start();
-        QTRY_VERIFY(scriptedUnit().queries.load() > 1);
-        collector->quit();
-        QVERIFY(collector->wait(5000));
+        QVERIFY(isInside.tryAcquire(1, 5000));
+        collector.reset();
+        QCOMPARE(isInside.available(), 0);
     }
-}
 
-void tst_CollectorLifetime::pollIsHandedToTheRunningThread()
-{
-    auto collector = newCollector({noPort, QStringLiteral("interval=0")});
-    std::atomic<QThread*> queryThread{nullptr};
-    std::atomic<int> inside{0};
-    std::atomic<int> collisions{0};
-    scriptedUnit().hook = [&](PortHandle*) {
-        queryThread = QThread::currentThread();
-        if (++inside > 1)
-            ++collisions;
-        QThread::msleep(2);
-        --inside;
-    };
-    std::vector<std::thread> pollers;
-    for (int i = 0; i < 3; ++i)
-        pollers.emplace_back([&] {
-            for (int cycle = 0; cycle < 30; ++cycle) {
-                collector->control(1009, QString());
-                collector->poll();
-            }
-        });
-    collector->start();
-    for (std::thread& poller : pollers)
-        poller.join();
-    const int before = scriptedUnit().queries.load();
-    collector->control(1009, QString());
-    collector->poll();
-    QVERIFY(scriptedUnit().queries.load() > before);
-    QCOMPARE(queryThread.load(), static_cast<QThread*>(collector.get()));
-    QCOMPARE(collisions.load(), 0);
-}
+    void deletedInThePauseBeforeConnecting()
+    {
+        // Three pollers: one is in the pause, the others wait for their turn. All must be out before it is
+        // gone.
+        auto collector = newCollector(tcpConfig(1));
+        vek5Client* raw = collector.get();
+        std::vector<std::thread> pollers;
+        std::atomic<int> arrived{0};
+        for (int i = 0; i < 3; ++i) {
+            raw->control(1009, QString());
+            pollers.emplace_back([&] {
+                ++arrived;
+                raw->poll();
+            });
+        }
+        QTRY_VERIFY(arrived.load() == 3 && raw->getWorkState() == 1);
+        QVERIFY(endsPromptly(collector));
+        for (std::thread& poller : pollers)
+            poller.join();
+        QCOMPARE(scriptedUnit().queries.load(), 0);
+    }
 
-void tst_CollectorLifetime::pollReturnsWhenTheThreadEnds()
-{
-    auto collector = newCollector({noPort, QStringLiteral("interval=0")});
-    for (int i = 0; i < 20; ++i) {
+    void deletedWhileConnecting()
+    {
+        const BlackHole blackHole;
+        const int before = blackHole.pendingConnections();
+        auto collector = newCollector(tcpConfig(blackHole.port()));
         collector->start();
-        collector->quit();
-        scriptedUnit().queries = 0;
+        QTRY_VERIFY_WITH_TIMEOUT(blackHole.pendingConnections() > before, 30000);
+        QVERIFY(endsPromptly(collector));
+        QCOMPARE(scriptedUnit().queries.load(), 0);
+    }
+
+    void connectionEndsWithItsThread()
+    {
+        QTcpServer server;
+        QVERIFY(server.listen(QHostAddress::LocalHost));
+        auto collector = newCollector(tcpConfig(server.serverPort()));
+        QSemaphore mayEnd;
+        std::thread poller([&] {
+            collector->poll();
+            mayEnd.acquire(); // the thread lives on, and with it the socket's notifiers
+        });
+        QTRY_VERIFY_WITH_TIMEOUT(server.hasPendingConnections(), 30000);
+        const std::unique_ptr<QTcpSocket> peer(server.nextPendingConnection());
+        QTRY_COMPARE(scriptedUnit().queries.load(), 1);
+        QTRY_COMPARE(collector->getWorkState(), 0);
+        collector.reset();
+        QTRY_COMPARE(peer->state(), QAbstractSocket::UnconnectedState); // a unit may serve one client only
+        mayEnd.release();
+        poller.join();
+    }
+
+    void deletedThroughRelease()
+    {
+        vek5Client factory;
+        auto* collector = qobject_cast<vek5Client*>(factory.create(nullptr));
+        QVERIFY(collector);
+        const QPointer<vek5Client> guard(collector);
+        collector->start();
+        static_cast<CollectThread&>(factory).release(collector); // the host's operation frees nothing
+        QVERIFY(guard);
+        factory.release(collector);
+        factory.release(static_cast<vek5Client*>(nullptr));
+        QTRY_VERIFY(!guard);
+    }
+
+    void pollIsHandedToTheRunningThread()
+    {
+        auto collector = newCollector("commType=2\ninterval=0");
+        std::atomic<QThread*> queryThread{nullptr};
+        std::atomic<int> inside{0};
+        std::atomic<int> collisions{0};
+        scriptedUnit().hook = [&](PortHandle*) {
+            queryThread = QThread::currentThread();
+            collisions += ++inside > 1;
+            QThread::msleep(2);
+            --inside;
+        };
+        std::vector<std::thread> pollers;
+        for (int i = 0; i < 3; ++i)
+            pollers.emplace_back([&] {
+                for (int cycle = 0; cycle < 30; ++cycle) {
+                    collector->control(1009, QString());
+                    collector->poll();
+                }
+            });
+        collector->start();
+        for (std::thread& poller : pollers)
+            poller.join();
+        const int before = scriptedUnit().queries.load();
         collector->control(1009, QString());
-        collector->poll(); // with or without the thread, it sees a cycle through
-        QVERIFY(scriptedUnit().queries.load() > 0);
-        QVERIFY(collector->wait(5000));
+        collector->poll();
+        QVERIFY(scriptedUnit().queries.load() > before);
+        QCOMPARE(queryThread.load(), static_cast<QThread*>(collector.get()));
+        QCOMPARE(collisions.load(), 0);
     }
-}
+
+    void pollReturnsWhenTheThreadEnds()
+    {
+        auto collector = newCollector("commType=2\ninterval=0");
+        for (int i = 0; i < 20; ++i) {
+            scriptedUnit().queries = 0;
+            collector->start();
+            QTRY_VERIFY(i % 5 != 0 || scriptedUnit().queries.load() > 1); // it runs again, too
+            collector->quit();
+            scriptedUnit().queries = 0;
+            collector->control(1009, QString());
+            collector->poll(); // with or without the thread, it sees a cycle through
+            QVERIFY(scriptedUnit().queries.load() > 0);
+            QVERIFY(collector->wait(5000));
+        }
+    }
+};
 
 QTEST_GUILESS_MAIN(tst_CollectorLifetime)
 #include "tst_collectorlifetime.moc"

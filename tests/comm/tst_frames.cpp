@@ -1,5 +1,6 @@
 #include "portaccess.h"
 #include "reframing.h"
+#include "withcrc.h"
 
 #include <QTcpServer>
 #include <QTcpSocket>
@@ -9,18 +10,6 @@
 #include <random>
 
 namespace {
-// With its CRC, made by bits, straight from the definition.
-QByteArray withCrc(const QByteArray& bytes)
-{
-    unsigned crc = 0xFFFF;
-    for (const char byte : bytes) {
-        crc ^= static_cast<unsigned char>(byte);
-        for (int bit = 0; bit < 8; ++bit)
-            crc = crc & 1 ? (crc >> 1) ^ 0xA001 : crc >> 1;
-    }
-    return QByteArray(bytes).append(static_cast<char>(crc & 0xFF)).append(static_cast<char>(crc >> 8));
-}
-
 QByteArray hex(const char* digits)
 {
     return QByteArray::fromHex(digits);

@@ -1,5 +1,6 @@
 #include "portmanage.h"
 #include "serialport.h"
+#include "testfiles.h"
 #include "testline.h"
 
 #include <atomic>
@@ -42,12 +43,6 @@ void hid_close(hid_device* device)
     delete device;
 }
 
-static void writeIni(const QByteArray& content)
-{
-    QFile file(QStringLiteral("serial.ini"));
-    QVERIFY(file.open(QIODevice::WriteOnly) && file.write(content) == content.size());
-}
-
 class TstPortManage : public QObject
 {
     Q_OBJECT
@@ -68,14 +63,14 @@ private slots:
     void onePortPerName()
     {
         m_manager->Close(m_name); // makes the entry
-        writeIni("[line]\nparam=4800,n,8,1\ntimeout=500\n");
+        writeFile("serial.ini", "[line]\nparam=4800,n,8,1\ntimeout=500\n");
         SerialPort* port = m_manager->getPortHandle(m_name);
         QVERIFY(port && port->isOpen());
         QCOMPARE(port->getPortSettings(), QStringLiteral("9600,n,8,1"));
         QVERIFY(m_line->speed() == B9600 && m_line->vtime() == 10);
         QCOMPARE(m_manager->ReOpen(m_name), port);
         QVERIFY(m_line->speed() == B4800 && m_line->vtime() == 5);
-        writeIni("[line]\nparam=nonsense\n");
+        writeFile("serial.ini", "[line]\nparam=nonsense\n");
         QCOMPARE(m_manager->ReOpen(m_name), port);
         QVERIFY(!port->isOpen());
         QVERIFY(m_manager->getPortHandle(m_name)->isOpen()); // with the settings that it holds
@@ -92,7 +87,7 @@ private slots:
         };
         const QString path = QDir::current().filePath(m_name);
         for (const auto& [ini, settings] : rows) {
-            writeIni(QString::fromLatin1(ini).arg(path.mid(1)).toUtf8());
+            writeFile("serial.ini", QString::fromLatin1(ini).arg(path.mid(1)).toUtf8());
             QCOMPARE(PortManage().getPortHandle(path)->getPortSettings(), QString::fromLatin1(settings));
         }
     }
@@ -185,7 +180,7 @@ private slots:
         const void* device = m_manager->getPortHandle(0x10001, 345)->device;
         m_manager->timerProc();
         QVERIFY(device && m_manager->getPortHandle(0x10001, 345)->device == device);
-        expect(QtDebugMsg, QStringLiteral("ReOpen 0x"));
+        expect(QtDebugMsg, "ReOpen 0x");
         QCOMPARE(m_manager->ReOpen(0x10001, 345), entry);
         QCOMPARE(hidStandIn.nonBlocking, 2);
         m_manager->Close(0x10001, 345);

@@ -38,16 +38,13 @@ private slots:
         // The text, and the debug line or what is stored.
         const std::tuple<const char*, const char*, QList<int>> rows[] = {
             {"", "CommOpen    serial settings is null", {}},
-            {"9600", "CommOpen    error settings 9600", {}},
             {"9600,n,8", "CommOpen    error settings 9600,n,8", {}},
             {"12#3#0", "CommOpen    error settings 12#3#0", {}},
             {"9600,x,8,1", "parity error!", {}},
-            {"9600,,8,1", "parity error!", {}},
-            {"9600,n,9,1", "dataBits error!", {}},
             {"9600,n,80,1", "dataBits error!", {}},
             {"9600,n,8,3", "stopBits error!", {}},
-            {"115200,E,7,2,more", "", {Baud115200, DataBits7, ParityEven, StopBits2}},
             {"12345,o,5,1", "", {Baud50, DataBits5, ParityOdd, StopBits1}},
+            {"115200,E,7,2,more", "", {Baud115200, DataBits7, ParityEven, StopBits2}},
             {"9600,m,8,1", "", {Baud9600, DataBits8, ParityMark, StopBits1}},
             {"12#3#0#0", "", {Baud9600, DataBits8, ParityNone, StopBits1}},
             {"99#-4#77#8", "", {99, -4, 77, 8}},
@@ -68,8 +65,7 @@ private slots:
     void opening()
     {
         QCOMPARE(SerialPort::staticMetaObject.methodCount() - QIODevice::staticMetaObject.methodCount(), 23);
-        expect(QtDebugMsg,
-               QStringLiteral("[CommOpen]    打开标准串口line Setting=19200,n,8,2 TimeOut=1200\n"));
+        expect(QtDebugMsg, "[CommOpen]    打开标准串口line Setting=19200,n,8,2 TimeOut=1200\n");
         QVERIFY(open("19200,n,8,2", 1200));
         QCOMPARE(m_port->objectName(), QStringLiteral("serial"));
         QVERIFY(m_line->attributes().c_cflag & CSTOPB);
@@ -211,7 +207,7 @@ private slots:
         QVERIFY(QDir().mkdir(QStringLiteral("directory")) &&
                 QFile::link(QStringLiteral("no"), QStringLiteral("to")));
         for (const char* name : {"missing", "file", "directory", "to", "/dev/null", ""}) {
-            expect(QtDebugMsg, QStringLiteral("[CommOpen]    open serial error!"));
+            expect(QtDebugMsg, "[CommOpen]    open serial error!");
             QVERIFY(!m_port->CommOpen(QString::fromLatin1(name), QStringLiteral("9600,n,8,1"), 1000));
             QVERIFY2(!m_port->isOpen() && !m_port->ReOpen(), name);
         }

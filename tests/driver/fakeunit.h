@@ -1,23 +1,12 @@
 #pragma once
 
 #include "porthandle.h"
+#include "withcrc.h"
 
 #include <QByteArrayList>
 
 #include <cstring>
 #include <functional>
-
-/// The checksum bit by bit: not by the tables that the code under test uses.
-inline QByteArray withCrc(QByteArray frame)
-{
-    quint16 crc = 0xFFFF;
-    for (char c : frame) {
-        crc ^= quint8(c);
-        for (int bit = 0; bit < 8; ++bit)
-            crc = crc & 1 ? crc >> 1 ^ 0xA001 : crc >> 1;
-    }
-    return frame.append(char(crc & 0xFF)).append(char(crc >> 8));
-}
 
 /// A unit behind a port handle, in memory. Silence takes no time here.
 struct FakeUnit : PortHandle
@@ -32,6 +21,10 @@ struct FakeUnit : PortHandle
     Line line = Line::Serial;
     /// What stands in a register or input of the unit.
     std::function<quint16(int function, int reg)> registers = [](int, int) { return 0; };
+    /// Its good reply to a request.
+    std::function<QByteArray(const QByteArray& request)> answer = [this](const QByteArray& request) {
+        return withCrc(request[1] < 6 ? dataFor(request) : request.left(6));
+    };
     /// What the unit sends instead of its good reply; nothing is silence.
     std::function<QByteArrayList(const QByteArray& good)> fault;
     /// Replaces the read entry.
@@ -51,7 +44,7 @@ struct FakeUnit : PortHandle
     int write(const QByteArray& request)
     {
         requests += request;
-        const QByteArray good = withCrc(request[1] < 6 ? dataFor(request) : request.left(6));
+        const QByteArray good = answer(request);
         pending += fault ? fault(good) : QByteArrayList{good};
         return request.size();
     }

@@ -1,7 +1,7 @@
 #include "collectthread.h"
 
 /// A collector whose unit exists in its name only: "silent..." never answers, "slow..." needs a second for
-/// a cycle, any other answers at once. It answers each command with a 1042.
+/// a cycle, any other answers at once.
 class ScriptedCollector : public CollectThread
 {
     Q_OBJECT
@@ -11,12 +11,6 @@ class ScriptedCollector : public CollectThread
 public:
     ~ScriptedCollector() override { wait(); }
 
-    int control(int id, QString value) override
-    {
-        const QMutexLocker locker(&m_infoLock);
-        m_pending += QStringLiteral("%1=%2").arg(QString::number(id), value);
-        return 1;
-    }
     QStringList getEventLogDesc() override { return {QStringLiteral("Fan"), QStringLiteral("Fan gone")}; }
     CollectThread* create(void*) override { return new ScriptedCollector; }
     void poll() override
@@ -28,7 +22,6 @@ public:
                 emit postDEvent(1040, record);
             m_commState = 0;
         }
-        emitResults();
         record.insert(QStringLiteral("data"), QVariant::fromValue(QMap<int, QVariant>{{4111, 96.5F}}));
         emit postDEvent(2007, record);
     }
@@ -41,19 +34,6 @@ protected:
             msleep(m_deviceName.startsWith(QLatin1String("slow")) ? 1000 : 20);
         }
     }
-
-private:
-    void emitResults()
-    {
-        const QMutexLocker locker(&m_infoLock);
-        for (const QString& text : qAsConst(m_pending))
-            emit postDEvent(1042,
-                            {{QStringLiteral("controlId"), text.section(QLatin1Char('='), 0, 0).toInt()},
-                             {QStringLiteral("desc"), text}});
-        m_pending.clear();
-    }
-
-    QStringList m_pending; // under m_infoLock
 };
 
 #include "scriptedplugin.moc"

@@ -1,15 +1,16 @@
 // What the host decides without a thread, a process or a plugin.
 
+#include "columns.h"
 #include "eventqueue.h"
 #include "hostoptions.h"
 #include "recordjson.h"
 #include "recordtext.h"
+#include "testfiles.h"
 #include "unitlist.h"
 
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QTemporaryDir>
-#include <QtTest>
 
 #include <limits>
 
@@ -17,17 +18,10 @@ namespace {
 
 using DataMap = QMap<int, QVariant>;
 
-QVariantMap makeRecord(std::initializer_list<std::pair<QString, QVariant>> entries)
-{
-    QVariantMap record{{QStringLiteral("timeStr"), QStringLiteral("2024-03-05 07:08:09")}};
-    for (const auto& entry : entries)
-        record.insert(entry.first, entry.second);
-    return record;
-}
-
 QVariantMap dataRecord(const DataMap& data)
 {
-    return makeRecord({{QStringLiteral("data"), QVariant::fromValue(data)}});
+    return {{QStringLiteral("timeStr"), QStringLiteral("2024-03-05 07:08:09")},
+            {QStringLiteral("data"), QVariant::fromValue(data)}};
 }
 
 } // namespace
@@ -39,12 +33,7 @@ class HostDecisionsTest : public QObject
 private slots:
     void refusesOptions_data()
     {
-        QTest::addColumn<QStringList>("arguments");
-        QTest::addColumn<QString>("expected");
-        const auto row = [](const char* arguments, const char* expected) {
-            QTest::newRow(arguments) << QString::fromLatin1(arguments).split(QLatin1Char(' '))
-                                     << QString::fromLatin1(expected);
-        };
+        const auto row = columns<QString>("expected");
         row("--seconds 5s", "--seconds 5s");
         row("--seconds -1", "--seconds -1");
         row("--seconds 99999999", "--seconds");
@@ -72,29 +61,23 @@ private slots:
     }
     void refusesOptions()
     {
-        QFETCH(QStringList, arguments);
         QFETCH(QString, expected);
-        const QString error = parseOptions(QStringList(QStringLiteral("ups-host")) + arguments).error;
+        const QString arguments = QStringLiteral("ups-host ") + rowName();
+        const QString error = parseOptions(words(arguments)).error;
         QVERIFY2(error.contains(expected), qPrintable(error));
         QVERIFY(!error.contains(QLatin1Char('\n')));
     }
 
-    void exportsOneDay()
+    void readsOptions()
     {
-        const HostOptions options =
-            parseOptions({QStringLiteral("ups-host"), QStringLiteral("--export-log=a"),
-                          QStringLiteral("--from=2024-03-05"), QStringLiteral("--to=2024-03-05")})
-                .options;
-        QCOMPARE(options.journalFile, QStringLiteral("journal.sqlite"));
-        QCOMPARE(*options.exports.toUtcMs - *options.exports.fromUtcMs, 24 * 3600 * 1000);
-    }
+        const HostOptions oneDay =
+            parseOptions(words("ups-host --export-log=a --from=2024-03-05 --to=2024-03-05")).options;
+        QCOMPARE(oneDay.journalFile, QStringLiteral("journal.sqlite"));
+        QCOMPARE(*oneDay.exports.toUtcMs - *oneDay.exports.fromUtcMs, 24 * 3600 * 1000);
 
-    void readsControls()
-    {
-        const ParsedOptions parsed =
-            parseOptions({QStringLiteral("ups-host"), QStringLiteral("--control"), QStringLiteral("A,1009,"),
-                          QStringLiteral("--control=A, B,2016,3000,5"), QStringLiteral("--units"),
-                          QStringLiteral("B, A")});
+        const ParsedOptions parsed = parseOptions(
+            words("ups-host --control A,1009,") +
+            QStringList{QStringLiteral("--control=A, B,2016,3000,5"), QStringLiteral("--units=B, A")});
         QCOMPARE(parsed.error, QString());
         QCOMPARE(parsed.options.controls.size(), 2);
         QCOMPARE(parsed.options.controls[0].value, QString());
@@ -106,17 +89,11 @@ private slots:
 
     void readsUnits_data()
     {
-        QTest::addColumn<QByteArray>("text");
-        QTest::addColumn<QString>("names");
-        QTest::addColumn<QString>("error"); // a part of it
-        const auto row = [](const char* name, const char* text, const char* names, const char* error = "") {
-            QTest::newRow(name) << QByteArray(text) << QString::fromLatin1(names)
-                                << QString::fromLatin1(error);
-        };
-        row("file order", "; c\n[Z]\nportName=p\n[A]\ncommType=1\nipAddr=h\naddr=255\n", "Z|A");
-        row("nested name, selection only inside it", "[s/A]\nportName=p\neventChooseList\\3=1\n", "s/A");
+        const auto row = columns<QByteArray, QString, QString>("text", "names", "error"); // a part of it
+        row("file order", "; c\n[Z]\nportName=p\n[A]\ncommType=1\nipAddr=h\naddr=255\n", "Z|A", "");
+        row("nested name, selection only inside it", "[s/A]\nportName=p\neventChooseList\\3=1\n", "s/A", "");
         row("group without a key", "[A]\n[B]\nportName=p\n", "", "[A] has no keys");
-        row("comment behind a section", "[B] ; rack 3\nportName=p\n", "B");
+        row("comment behind a section", "[B] ; rack 3\nportName=p\n", "B", "");
         row("empty", "", "", "no unit");
         row("no group", "portName=p\n", "", "[General]");
         row("address not a number", "[A]\nportName=p\naddr=one\n", "", "A/addr=one");
@@ -135,13 +112,8 @@ private slots:
     {
         const QTemporaryDir folder;
         const auto errorOf = [&](const char* serial) {
-            for (const auto& content :
-                 {std::pair<const char*, const char*>("dev.ini", "[A]\nportName=/dev/p\n"),
-                  std::pair<const char*, const char*>("serial.ini", serial)}) {
-                QFile file(folder.filePath(QLatin1String(content.first)));
-                if (file.open(QIODevice::WriteOnly))
-                    file.write(content.second);
-            }
+            writeFile(folder.filePath(QStringLiteral("dev.ini")), "[A]\nportName=/dev/p\n");
+            writeFile(folder.filePath(QStringLiteral("serial.ini")), serial);
             return unitlist::lineError(folder.filePath(QStringLiteral("serial.ini")),
                                        folder.filePath(QStringLiteral("dev.ini")), {QStringLiteral("A")});
         };
@@ -156,87 +128,63 @@ private slots:
         QFETCH(QByteArray, text);
         const QTemporaryDir folder;
         const QString name = folder.filePath(QStringLiteral("dev.ini"));
-        QFile file(name);
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        file.write(text);
-        file.close();
-
+        writeFile(name, text);
         const UnitList units = unitlist::read(name);
         QTEST(units.names.join(QLatin1Char('|')), "names");
         QFETCH(QString, error);
         QCOMPARE(units.error.isEmpty(), error.isEmpty());
         QVERIFY2(units.error.contains(error), qPrintable(units.error));
         QVERIFY(error.isEmpty() || units.error.startsWith(name));
-    }
-
-    void refusesMissingFileAndFolder()
-    {
-        const QTemporaryDir folder;
-        QVERIFY(unitlist::read(folder.filePath(QStringLiteral("dev.ini")))
-                    .error.contains(QLatin1String("no such")));
+        QFile::remove(name);
+        QVERIFY(unitlist::read(name).error.contains(QLatin1String("no such")));
         QVERIFY(unitlist::read(folder.path()).error.contains(QLatin1String("not a file")));
     }
 
-    void describesEvents_data()
+    void describesAlarms()
     {
-        QTest::addColumn<int>("type");
-        QTest::addColumn<int>("alarmId");
-        QTest::addColumn<int>("alarmState");
-        QTest::addColumn<QString>("expected");
-        const auto row = [](int type, int id, int state, const char* expected) {
-            QTest::addRow("%d %d %d", type, id, state)
-                << type << id << state << QString::fromLatin1(expected);
-        };
-        row(1040, 0, 1, "communication established");
-        row(1041, 0, 1, "no answer: communication lost");
-        row(2001, 0, 1, ""); // echo
-        row(2006, 0, 1, "alarm appeared: 0 Fan");
-        row(2006, 2, 0, "alarm cleared:  2 Fan gone");
-        row(2006, 2, 5, "alarm cleared:  2 Fan gone (state 5)");
-        row(2006, 1, 1, "alarm appeared: event 1"); // reserved
-        row(2006, -1, 1, "alarm appeared: event -1");
-        row(2007, 0, 1, "");
-        row(2009, 0, 4, "status point 2368 is now 4");
-        row(2010, 0, 0, "status point 2022 is now 0");
-        row(1029, 0, 0, "event of type 1029");
-    }
-    void describesEvents()
-    {
-        QFETCH(int, type);
-        QFETCH(int, alarmId);
-        QFETCH(int, alarmState);
-        // Every record carries the keys of an alarm, as those of a report do.
-        const QVariantMap record =
-            makeRecord({{QStringLiteral("alarmId"), alarmId}, {QStringLiteral("alarmState"), alarmState}});
         const QStringList texts{QStringLiteral("Fan"), QString(), QStringLiteral("Fan gone"), QString()};
-        QTEST(recordtext::describe(type, record, texts), "expected");
+        const std::tuple<int, int, const char*> rows[] = {
+            {0, 1, "alarm appeared: 0 Fan"},
+            {2, 5, "alarm cleared:  2 Fan gone (state 5)"},
+            {1, 1, "alarm appeared: event 1"}, // reserved
+            {-1, 1, "alarm appeared: event -1"},
+        };
+        for (const auto& [id, state, text] : rows)
+            QCOMPARE(
+                recordtext::describe(
+                    2006, {{QStringLiteral("alarmId"), id}, {QStringLiteral("alarmState"), state}}, texts),
+                QString::fromLatin1(text));
+        QCOMPARE(recordtext::describe(1029, {}, texts), QStringLiteral("event of type 1029"));
     }
 
     void neverShowsOldValuesAsLive()
     {
-        const DataMap data{{4111, 96.0F}};
-        const QStringList logRow{QStringLiteral("220.0")};
+        struct Step
+        {
+            int type;         // of the event that comes
+            int failedCycles; // by then
+            const char* text; // at the end of the status
+            bool isLive = false;
+        };
+        const Step steps[] = {
+            {2007, 0, "no answer yet"},
+            {1041, 0, "no answer yet"},
+            {1040, 0, "waiting for values"},
+            {2007, 0, " 96 %", true},
+            {2007, 1, "no answer since 07:08:09"}, // not told as lost yet: that may take minutes over TCP
+            {2007, 0, " 96 %", true},
+            {1041, 0, "no answer since 07:08:09"},
+            {2007, 0, "no answer since 07:08:09"}, // reports go on while the unit is lost
+            {1040, 0, "waiting for values"},
+        };
         UnitState state;
-        const auto status = [&] { return recordtext::status(state, logRow); };
-
-        state.apply(2007, dataRecord(data), 0);
-        QCOMPARE(status(), QStringLiteral("no answer yet"));
-        state.apply(1041, makeRecord({}), 0);
-        QCOMPARE(status(), QStringLiteral("no answer yet"));
-        state.apply(1040, makeRecord({}), 0);
-        QVERIFY(!status().contains(QLatin1String("220.0")));
-        state.apply(2007, dataRecord(data), 0);
-        QVERIFY(status().contains(QLatin1String("220.0")) && status().endsWith(QLatin1String(" 96 %")));
-        state.apply(2007, dataRecord(data), 1); // not told as lost yet: that may take minutes over TCP
-        QCOMPARE(status(), QStringLiteral("no answer since 07:08:09"));
-        state.apply(2007, dataRecord(data), 0);
-        QVERIFY(status().contains(QLatin1String("220.0")));
-        state.apply(1041, makeRecord({}), 0);
-        state.apply(2007, dataRecord(data), 0); // reports go on while the unit is lost
-        QCOMPARE(status(), QStringLiteral("no answer since 07:08:09"));
-        QVERIFY(state.liveData().isEmpty());
-        state.apply(1040, makeRecord({}), 0);
-        QCOMPARE(status(), QStringLiteral("waiting for values"));
+        for (const Step& step : steps) {
+            state.apply(step.type, dataRecord({{4111, 96.0F}}), step.failedCycles);
+            const QString status = recordtext::status(state, {QStringLiteral("220.0")});
+            QVERIFY2(status.endsWith(QLatin1String(step.text)), qPrintable(status));
+            QCOMPARE(status.contains(QLatin1String("220.0")), step.isLive);
+            QCOMPARE(!state.liveData().isEmpty(), step.isLive);
+        }
     }
 
     // While nobody takes the events, only values that newer ones have overtaken are dropped.

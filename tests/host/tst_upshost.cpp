@@ -1,41 +1,26 @@
 // The host as a process, in an application folder of its own, with a plugin that needs no device.
 
-#include <QJsonDocument>
-#include <QJsonObject>
-#include <QProcess>
-#include <QTemporaryDir>
-#include <QtTest>
+#include "columns.h"
+#include "rig.h"
 
-#include <csignal>
+#include <fcntl.h>
+#include <unistd.h>
 
 class UpsHostTest : public QObject
 {
     Q_OBJECT
 
 private slots:
-    void init()
-    {
-        m_folder.reset(new QTemporaryDir);
-        const QString db = m_folder->filePath(QStringLiteral("PVMX/drovaPanel/db"));
-        QVERIFY(QDir().mkpath(db));
-        // A copy, not a link: the folder of the program's file is its application directory.
-        QVERIFY(QFile::copy(QStringLiteral(UPS_HOST), m_folder->filePath(QStringLiteral("ups-host"))));
-        writeUnits({QStringLiteral("A"), QStringLiteral("B")});
-    }
-
     // What shows no pages needs none of Qt's platforms.
     void initTestCase() { qputenv("QT_QPA_PLATFORM", "none"); }
 
     void endsWhenTimeIsOver()
     {
-        writeUnits({QStringLiteral("A"), QStringLiteral("silent")});
-        start({QStringLiteral("--seconds"), QStringLiteral("2"), QStringLiteral("--units"),
-               QStringLiteral("silent,A")});
-        QVERIFY(waitForEnd());
-        QCOMPARE(m_host.exitCode(), 3);
-        QCOMPARE(m_errors,
+        Rig rig;
+        rig.writeUnits("[A]\nportName=none\n[silent]\nportName=none\n");
+        const QByteArray text = run(rig, "--seconds 2 --units silent,A", 3);
+        QCOMPARE(rig.hostErrors(),
                  QByteArray("ups-host: silent never answered; \"ups-host --check silent\" tells why\n"));
-        const QByteArray text = m_host.readAllStandardOutput();
         QCOMPARE(text.count("communication established"), 1);
         QVERIFY(text.contains("silent  no answer yet"));
         QVERIFY2(text.contains("A       ") && text.contains(" 97 %"), text);
@@ -43,169 +28,105 @@ private slots:
 
     void refusesToStart_data()
     {
-        QTest::addColumn<QStringList>("arguments");
-        QTest::addColumn<QByteArray>("error");
-        QTest::newRow("option") << QStringList{QStringLiteral("--seconds=x")} << QByteArray("--seconds x");
-        QTest::newRow("unit") << QStringList{QStringLiteral("--units=C")}
-                              << QByteArray("unknown unit \"C\"; configured: A, B");
-        QTest::newRow("unit of a command that does not run")
-            << QStringList{QStringLiteral("--units=A"), QStringLiteral("--control=B,1009,")}
-            << QByteArray("unknown unit \"B\"");
-        QTest::newRow("no plugin") << QStringList{QStringLiteral("--plugin=none.so")}
-                                   << QByteArray("/none.so: plugin not loaded");
-        QTest::newRow("not a plugin")
-            << QStringList{QStringLiteral("--plugin=ups-host")} << QByteArray("/ups-host: plugin not loaded");
+        const auto row = columns<QString, QByteArray>("arguments", "error");
+        row("option", "--seconds=x", "--seconds x");
+        row("unit", "--units=C", "unknown unit \"C\"; configured: A, B");
+        row("unit of a command that does not run", "--units=A --control=B,1009,", "unknown unit \"B\"");
+        row("no plugin", "--plugin=none.so", "/none.so: plugin not loaded");
+        row("not a plugin", "--plugin=ups-host", "/ups-host: plugin not loaded");
     }
     void refusesToStart()
     {
-        QFETCH(QStringList, arguments);
+        QFETCH(QString, arguments);
         QFETCH(QByteArray, error);
-        start(arguments);
-        QVERIFY(waitForEnd());
-        QCOMPARE(m_host.exitCode(), 2);
-        QCOMPARE(m_host.readAllStandardOutput(), QByteArray());
-        QVERIFY2(m_errors.contains(error), m_errors);
-        QCOMPARE(m_errors.count('\n'), 1);
+        Rig rig;
+        rig.writeUnits("[A]\nportName=none\n[B]\nportName=none\n");
+        QCOMPARE(run(rig, arguments, 2), QByteArray());
+        QVERIFY2(rig.hostErrors().contains(error), rig.hostErrors());
+        QCOMPARE(rig.hostErrors().count('\n'), 1);
     }
 
     void refusesScreenshots_data()
     {
-        QTest::addColumn<QString>("folder");
-        QTest::addColumn<int>("exitCode");
-        QTest::addColumn<QByteArray>("error");
-        QTest::newRow("no folder") << QStringLiteral("/dev/null/pictures") << 2
-                                   << QByteArray("/dev/null/pictures: the folder cannot be made");
-        QTest::newRow("not writable")
-            << QStringLiteral("/proc") << 2 << QByteArray("/proc: nothing can be written there");
-        QTest::newRow("unit without pages") << QStringLiteral(".") << 4 << QByteArray("A has no pages");
+        const auto row = columns<QString, int, QByteArray>("folder", "exitCode", "error");
+        row("no folder", "/dev/null/pictures", 2, "/dev/null/pictures: the folder cannot be made");
+        row("not writable", "/proc", 2, "/proc: nothing can be written there");
+        row("unit without pages", ".", 4, "A has no pages");
     }
     void refusesScreenshots()
     {
         QFETCH(QString, folder);
+        QFETCH(int, exitCode);
         QFETCH(QByteArray, error);
+        Rig rig;
+        rig.writeUnits("[A]\nportName=none\n[B]\nportName=none\n");
         qunsetenv("QT_QPA_PLATFORM");
-        start({QStringLiteral("--screenshots"), folder});
+        run(rig, QStringLiteral("--screenshots ") + folder, exitCode);
         initTestCase();
-        QVERIFY(waitForEnd());
-        QTEST(m_host.exitCode(), "exitCode");
-        QVERIFY2(m_errors.contains(error), m_errors);
-        QCOMPARE(m_errors.count('\n'), 1);
-    }
-
-    void signalEndsIt_data()
-    {
-        QTest::addColumn<bool>("isPolling");
-        QTest::newRow("own threads") << false;
-        QTest::newRow("polled") << true;
-    }
-    void signalEndsIt()
-    {
-        QFETCH(bool, isPolling);
-        start(isPolling ? QStringList{QStringLiteral("--poll")} : QStringList());
-        QTRY_VERIFY(outputSoFar().count("communication established") == 2);
-        m_host.terminate();
-        QVERIFY(waitForEnd());
-        QCOMPARE(m_host.exitCode(), 0);
+        QVERIFY2(rig.hostErrors().contains(error), rig.hostErrors());
+        QCOMPARE(rig.hostErrors().count('\n'), 1);
     }
 
     void secondSignalEndsItAtOnce()
     {
-        writeUnits({QStringLiteral("slow")});
-        start({});
-        QTRY_VERIFY(outputSoFar().contains("communication established"));
-        ::kill(static_cast<pid_t>(m_host.processId()), SIGINT);
+        Rig rig;
+        rig.writeUnits("[slow]\nportName=none\n");
+        rig.startHost({QStringLiteral("--plugin"), QStringLiteral(SCRIPTED_PLUGIN)});
+        QTRY_VERIFY(!rig.events("slow", Restored).isEmpty());
+        rig.signalHost(SIGINT);
         // The first one waits for the unit's cycle, which takes a second.
-        ::kill(static_cast<pid_t>(m_host.processId()), SIGTERM);
-        QVERIFY(waitForEnd());
-        QVERIFY(m_host.exitCode() > 128);
+        rig.signalHost(SIGTERM);
+        QVERIFY(rig.waitForHost(waitMs) > 128);
     }
 
-    void sendsCommandsOnceUnitCommunicates()
+    void unwritableOutputEndsIt_data()
     {
-        start({QStringLiteral("--json"), QStringLiteral("--control=B,2016,3000,5"),
-               QStringLiteral("--control=B,1009,"), QStringLiteral("--verbose")});
-        QTRY_COMPARE(outputSoFar().count("\"type\":1042"), 2);
-        m_host.terminate();
-        QVERIFY(waitForEnd());
-        QByteArrayList results;
-        const QByteArrayList lines = outputSoFar().trimmed().split('\n');
-        for (const QByteArray& line : lines) {
-            const QJsonObject event = QJsonDocument::fromJson(line).object();
-            QVERIFY2(event.contains(QLatin1String("record")), line);
-            if (event[QLatin1String("type")].toInt() != 1042)
-                continue;
-            QCOMPARE(event[QLatin1String("unit")].toString(), QStringLiteral("B"));
-            results += event[QLatin1String("record")].toObject()[QLatin1String("desc")].toString().toUtf8();
-        }
-        QCOMPARE(results, QByteArrayList({"2016=3000,5", "1009="}));
+        const auto row = columns<int, QString, QByteArray, int, QByteArray>("units", "target", "error",
+                                                                            "exitCode", "seen");
+        row("closed", 1, "| head -n 1", "", 0, "\n");
+        row("full disk", 1, "> /dev/full", "standard output: No space left", 1, "");
+        row("never read", 30, "--seconds 3 > PIPE", "", 0, ""); // so many units fill it within a second
     }
-
-    void closedOutputEndsIt()
+    void unwritableOutputEndsIt()
     {
-        writeUnits({QStringLiteral("A")});
-        m_host.setWorkingDirectory(m_folder->path());
-        const QString command = QStringLiteral("set -o pipefail; ./ups-host --json --plugin '%1' | head -n 1")
-                                    .arg(QStringLiteral(SCRIPTED_PLUGIN));
-        m_host.start(QStringLiteral("bash"), {QStringLiteral("-c"), command});
-        QVERIFY(waitForEnd());
-        QCOMPARE(m_host.exitCode(), 0);
-        QCOMPARE(outputSoFar().count('\n'), 1);
-    }
-
-    void fullDiskEndsIt()
-    {
-        m_host.setStandardOutputFile(QStringLiteral("/dev/full"));
-        start({});
-        QVERIFY(waitForEnd());
-        m_host.setStandardOutputFile(QString());
-        QCOMPARE(m_host.exitCode(), 1);
-        QVERIFY(m_errors.contains("standard output: No space left"));
-    }
-
-    void cleanup()
-    {
-        if (QTest::currentTestFailed())
-            qInfo("standard error was: %s", m_errors.constData());
-        m_host.kill();
-        m_host.waitForFinished();
-        m_output.clear();
+        QFETCH(int, units);
+        QFETCH(QString, target);
+        QFETCH(QByteArray, error);
+        QFETCH(int, exitCode);
+        Rig rig;
+        QString lines;
+        for (int i = 0; i < units; ++i)
+            lines += QStringLiteral("[A%1]\nportName=none\n").arg(i);
+        rig.writeUnits(lines);
+        int ends[2]; // of a pipe that stays open and unread
+        QCOMPARE(::pipe2(ends, O_CLOEXEC), 0);
+        target.replace(QLatin1String("PIPE"), QStringLiteral("/proc/%1/fd/%2").arg(::getpid()).arg(ends[1]));
+        QProcess shell;
+        shell.setWorkingDirectory(rig.path(QString()));
+        const QString command =
+            QStringLiteral("set -o pipefail; ./ups-host --headless --json --plugin '%1' %2")
+                .arg(QStringLiteral(SCRIPTED_PLUGIN), target);
+        shell.start(QStringLiteral("bash"), {QStringLiteral("-c"), command});
+        QVERIFY(shell.waitForFinished(waitMs));
+        QCOMPARE(shell.exitCode(), exitCode);
+        QVERIFY(shell.readAllStandardError().contains(error));
+        QTEST(shell.readAllStandardOutput().right(1), "seen");
+        ::close(ends[0]);
+        ::close(ends[1]);
     }
 
 private:
-    void writeUnits(const QStringList& names)
+    static QByteArray run(Rig& rig, const Text& arguments, int expectedExitCode)
     {
-        QFile file(m_folder->filePath(QStringLiteral("PVMX/drovaPanel/db/dev.ini")));
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        for (const QString& name : names)
-            file.write("[" + name.toLatin1() + "]\nportName=none\n");
+        int exitCode = -1;
+        const QString output =
+            rig.runHost(QStringList{QStringLiteral("--headless"), QStringLiteral("--plugin"),
+                                    QStringLiteral(SCRIPTED_PLUGIN)} +
+                            words(arguments),
+                        &exitCode);
+        [&] { QCOMPARE(exitCode, expectedExitCode); }();
+        return output.toUtf8();
     }
-
-    void start(const QStringList& arguments)
-    {
-        QStringList all{QStringLiteral("--headless"), QStringLiteral("--plugin"),
-                        QStringLiteral(SCRIPTED_PLUGIN)};
-        all += arguments;
-        m_host.setWorkingDirectory(m_folder->path());
-        m_host.start(m_folder->filePath(QStringLiteral("ups-host")), all);
-    }
-
-    bool waitForEnd()
-    {
-        const bool hasEnded = m_host.waitForFinished(20000);
-        m_errors = m_host.readAllStandardError();
-        return hasEnded;
-    }
-
-    QByteArray outputSoFar()
-    {
-        m_output += m_host.readAllStandardOutput();
-        return m_output;
-    }
-
-    QScopedPointer<QTemporaryDir> m_folder;
-    QProcess m_host;
-    QByteArray m_output;
-    QByteArray m_errors;
 };
 
 QTEST_GUILESS_MAIN(UpsHostTest)

@@ -1,46 +1,35 @@
+#include "columns.h"
 #include "isotime.h"
 #include "journal.h"
 #include "journalexport.h"
 #include "journalreading.h"
 #include "schema.h"
+#include "testfiles.h"
 
 #include <QDateTime>
 #include <QMutex>
 #include <QTemporaryDir>
-#include <QtTest>
 
-#include <csignal>
 #include <ctime>
 #include <functional>
 #include <memory>
 
-#include <sys/resource.h>
-
 namespace {
 
 constexpr qint64 startMs = 1700000000000; // 2023-11-14T22:13:20Z
-const QString allCodes = QStringLiteral("SELECT code FROM event ORDER BY id");
+constexpr const char* allCodes = "SELECT code FROM event ORDER BY id";
 
 JournalEvent makeEvent(int number, const QString& text = QStringLiteral("Fan"))
 {
     return {startMs + number, QStringLiteral("A"), 2006, number, text, 1, "{\"n\":1}"};
 }
 
-QStringList numbers(int count)
+QByteArrayList numbers(int count)
 {
-    QStringList list;
+    QByteArrayList list;
     for (int i = 0; i < count; ++i)
-        list += QString::number(i);
+        list += QByteArray::number(i);
     return list;
-}
-
-// A process that may not make files any larger meets the same errors as one whose disk is full.
-void limitFileSize(rlim_t bytes)
-{
-    rlimit limit = {};
-    ::getrlimit(RLIMIT_FSIZE, &limit);
-    limit.rlim_cur = qMin(bytes, limit.rlim_max);
-    ::setrlimit(RLIMIT_FSIZE, &limit);
 }
 
 void overwrite(const QString& name, qint64 from, qint64 count)
@@ -61,7 +50,6 @@ private slots:
     {
         qputenv("TZ", "Europe/Berlin");
         ::tzset();
-        std::signal(SIGXFSZ, SIG_IGN);
     }
     void init()
     {
@@ -75,17 +63,16 @@ private slots:
     // Odd texts come back from file and export exactly as they went in.
     void keepsWhatItIsGiven()
     {
-        const QStringList texts{QStringLiteral("say \"on\", then\r\noff"), QStringLiteral("%1 '?; DROP"),
-                                QStringLiteral("\U0001F50B \u00fc"), QString()};
+        const QByteArrayList texts{"say \"on\", then\r\noff", "%1 '?; DROP", "\U0001F50B \u00fc", ""};
         {
             const auto journal = start();
             for (int i = 0; i < texts.size(); ++i)
-                journal->append(makeEvent(i, texts[i]));
+                journal->append(makeEvent(i, QString::fromUtf8(texts[i])));
             journal->append(JournalEvent{startMs, QStringLiteral("B,\"1\""), 2009, {}, {}, {}, {}});
             journal->append(LogRow{startMs, QStringLiteral("A"), {QStringLiteral("220.0/221.1")}});
         }
         QCOMPARE(lines(), QStringList());
-        QCOMPARE(readColumn(m_file, QStringLiteral("SELECT text FROM event WHERE unit = 'A'")), texts);
+        QCOMPARE(readColumn(m_file, "SELECT text FROM event WHERE unit = 'A'"), texts);
         QCOMPARE(exported(journalexport::writeEvents),
                  QByteArray("time,unit,type,code,text,state,record\n"
                             "2023-11-14T23:13:20.000+01:00,A,2006,0,\"say \"\"on\"\", then\r\noff\",1,"
@@ -110,11 +97,11 @@ private slots:
             journal->beginPeriod(a, startMs + 5);
             journal->endPeriod(a, startMs + 9, PeriodEnding::Lost);
             journal->beginPeriod(a, startMs + 20);
-            QTRY_COMPARE(readColumn(m_file, QStringLiteral("SELECT from_ms FROM period WHERE to_ms IS NULL")),
-                         QStringList(QString::number(startMs + 20)));
+            QTRY_COMPARE(readColumn(m_file, "SELECT from_ms FROM period WHERE to_ms IS NULL"),
+                         QByteArrayList{QByteArray::number(startMs + 20)});
         }
-        QCOMPARE(readColumn(m_file, QStringLiteral("SELECT from_ms || ending FROM period")),
-                 QStringList({QStringLiteral("1700000000000lost"), QStringLiteral("1700000000020stopped")}));
+        QCOMPARE(readColumn(m_file, "SELECT from_ms || ending FROM period"),
+                 QByteArrayList({"1700000000000lost", "1700000000020stopped"}));
     }
 
     void outlivesLock()
@@ -138,9 +125,9 @@ private slots:
     }
     void outlivesFullDisk_data()
     {
-        QTest::addColumn<int>("bytes");
-        QTest::newRow("from the start") << 1000;
-        QTest::newRow("in the middle") << 100000;
+        const auto row = columns<int>("bytes");
+        row("from the start", 1000);
+        row("in the middle", 100000);
     }
     void outlivesFullDisk()
     {
@@ -152,10 +139,10 @@ private slots:
 
     void beginsAnewWhenDamaged_data()
     {
-        QTest::addColumn<int>("from");
-        QTest::newRow("not a database") << 0;
-        QTest::newRow("in the tables") << 5000;
-        QTest::newRow("in a page of rows only") << 300000;
+        const auto row = columns<int>("from");
+        row("not a database", 0);
+        row("in the tables", 5000);
+        row("in a page of rows only", 300000);
     }
     void beginsAnewWhenDamaged()
     {
@@ -181,23 +168,19 @@ private slots:
     {
         const auto journal = start();
         journal->beginPeriod(QStringLiteral("A"), startMs);
-        QTRY_COMPARE(readColumn(m_file, QStringLiteral("SELECT unit FROM period")).value(0),
-                     QStringLiteral("A"));
+        QTRY_COMPARE(readColumn(m_file, "SELECT unit FROM period").value(0), QByteArray("A"));
         QVERIFY(QFile::remove(m_file));
         journal->append(makeEvent(0));
         journal->endPeriod(QStringLiteral("A"), startMs + 1, PeriodEnding::Lost);
-        QTRY_COMPARE(readColumn(m_file, QStringLiteral("SELECT code FROM event, period")), numbers(1));
+        QTRY_COMPARE(readColumn(m_file, "SELECT code FROM event, period"), numbers(1));
         QCOMPARE(lines().size(), 1);
     }
 
     void refusesWhatItMustNotWrite_data()
     {
-        QTest::addColumn<QString>("statement");
-        QTest::addColumn<QString>("line");
-        QTest::newRow("newer") << QStringLiteral("PRAGMA user_version = 99")
-                               << QStringLiteral("newer version");
-        QTest::newRow("foreign") << QStringLiteral("PRAGMA application_id = 7")
-                                 << QStringLiteral("another program");
+        const auto row = columns<QString, QString>("statement", "line");
+        row("newer", "PRAGMA user_version = 99", "newer version");
+        row("foreign", "PRAGMA application_id = 7", "another program");
     }
     void refusesWhatItMustNotWrite()
     {
@@ -235,14 +218,11 @@ private slots:
         {
             const auto journal = start(1);
             constexpr int limitMs = 30000; // a slow disk is not what is tested
-            QTRY_COMPARE_WITH_TIMEOUT(readColumn(m_file, allCodes), QStringList(QStringLiteral("7")),
-                                      limitMs);
-            QTRY_COMPARE_WITH_TIMEOUT(readColumn(m_file, QStringLiteral("PRAGMA freelist_count")), numbers(1),
-                                      limitMs);
+            QTRY_COMPARE_WITH_TIMEOUT(readColumn(m_file, allCodes), QByteArrayList{"7"}, limitMs);
+            QTRY_COMPARE_WITH_TIMEOUT(readColumn(m_file, "PRAGMA freelist_count"), numbers(1), limitMs);
         }
-        QCOMPARE(
-            readColumn(m_file, QStringLiteral("SELECT unit FROM period UNION ALL SELECT unit FROM data_log")),
-            QStringList());
+        QCOMPARE(readColumn(m_file, "SELECT unit FROM period UNION ALL SELECT unit FROM data_log"),
+                 QByteArrayList());
         QVERIFY(QFileInfo(m_file).size() < fullSize / 4);
     }
 
@@ -267,20 +247,13 @@ private slots:
 
     void exportsNothingWhenSomethingIsWrong_data()
     {
-        QTest::addColumn<QString>("journal");
-        QTest::addColumn<QString>("target");
-        QTest::addColumn<QString>("unit");
-        QTest::addColumn<QString>("line");
-        const auto row = [](const char* journal, const char* target, const char* unit, const char* line) {
-            QTest::newRow(line) << QString::fromLatin1(journal) << QString::fromLatin1(target)
-                                << QString::fromLatin1(unit) << QString::fromLatin1(line);
-        };
-        row("none", "out.csv", "", "no such file");
-        row("text", "out.csv", "", "damaged");
-        row("", "out.csv", "C", "there are: A");
-        row("", "/dev/full", "", "/dev/full: No space left");
-        row("", "%1 journal.sqlite", "", "would replace it");
-        row("", "none/out.csv", "", "none/out.csv");
+        const auto row = columns<QString, QString, QString, QString>("journal", "target", "unit", "line");
+        row("no journal", "none", "out.csv", "", "no such file");
+        row("a text", "text", "out.csv", "", "damaged");
+        row("no such unit", "", "out.csv", "C", "there are: A");
+        row("full disk", "", "/dev/full", "", "/dev/full: No space left");
+        row("onto itself", "", "%1 journal.sqlite", "", "would replace it");
+        row("no folder", "", "none/out.csv", "", "none/out.csv");
     }
     void exportsNothingWhenSomethingIsWrong()
     {
@@ -314,10 +287,7 @@ private slots:
 
     void readsTimes_data()
     {
-        QTest::addColumn<QString>("utc"); // empty when refused
-        const auto row = [](const char* text, const char* utc) {
-            QTest::newRow(text) << QString::fromLatin1(utc);
-        };
+        const auto row = columns<QString>("utc"); // empty when refused
         row("2024-03-05", "2024-03-04T23:00:00.000Z");
         row("2024-03-05T07:08", "2024-03-05T06:08:00.000Z");
         row("2024-07-05 07:08:09", "2024-07-05T05:08:09.000Z"); // summer
@@ -333,8 +303,7 @@ private slots:
     void readsTimes()
     {
         QFETCH(QString, utc);
-        const auto ms =
-            isotime::toUtcMs(QString::fromLatin1(QTest::currentDataTag()), isotime::DateMeans::StartOfDay);
+        const auto ms = isotime::toUtcMs(rowName(), isotime::DateMeans::StartOfDay);
         QCOMPARE(ms ? QDateTime::fromMSecsSinceEpoch(*ms, Qt::UTC).toString(Qt::ISODateWithMs) : QString(),
                  utc);
         // The day on which summer time begins has 23 hours.
@@ -358,11 +327,6 @@ private:
     {
         const QMutexLocker locker(&m_lock);
         return m_lines;
-    }
-    static QByteArray contentOf(const QString& name)
-    {
-        QFile file(name);
-        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
     }
     QByteArray exported(QString (*write)(const ExportRequest&), ExportRequest request = {})
     {

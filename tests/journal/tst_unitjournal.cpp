@@ -1,12 +1,12 @@
 // What the host hands over to the journal, of all that a collector tells.
 
 #include "collectthread.h"
+#include "columns.h"
 #include "journal.h"
 #include "journalreading.h"
 #include "unitjournal.h"
 
 #include <QTemporaryDir>
-#include <QtTest>
 
 namespace {
 
@@ -45,35 +45,31 @@ private slots:
     void keepsEventsWithTheirOwnKeys()
     {
         tell({2006, 2001, 2007, 1041, 1040, 2001, 1042, 2009, 2010, 1029});
-        QCOMPARE(stored(QStringLiteral("SELECT type || '|' || ifnull(code, '-') || '|' || ifnull(state, '-') "
-                                       "|| '|' || text FROM event ORDER BY id")),
-                 QStringList({QStringLiteral("2006|1|1|Fan fault "),
-                              QStringLiteral("1041|-|5|no answer: communication lost"),
-                              QStringLiteral("1040|-|5|communication established"),
-                              QStringLiteral("1042|1045|7|done"),
-                              QStringLiteral("2009|-|1|status point 2368 is now 1"),
-                              QStringLiteral("2010|-|1|status point 2022 is now 1"),
-                              QStringLiteral("1029|1045|-|h.csv")}));
-        QCOMPARE(stored(QStringLiteral("SELECT record FROM event WHERE type = 2006")),
-                 QStringList(QStringLiteral("{\"alarmId\":1,\"alarmState\":1,\"name\":\"A\"}")));
+        QCOMPARE(stored("SELECT type || '|' || ifnull(code, '-') || '|' || ifnull(state, '-') "
+                        "|| '|' || text FROM event ORDER BY id"),
+                 QByteArrayList({"2006|1|1|Fan fault ", "1041|-|5|no answer: communication lost",
+                                 "1040|-|5|communication established", "1042|1045|7|done",
+                                 "2009|-|1|status point 2368 is now 1", "2010|-|1|status point 2022 is now 1",
+                                 "1029|1045|-|h.csv"}));
+        QCOMPARE(stored("SELECT record FROM event WHERE type = 2006"),
+                 QByteArrayList{"{\"alarmId\":1,\"alarmState\":1,\"name\":\"A\"}"});
     }
 
     void logsLiveValuesOnly_data()
     {
-        QTest::addColumn<QList<int>>("types");
-        QTest::addColumn<int>("rows");
-        QTest::newRow("not heard") << QList<int>{2007, 1041, 2007} << 0;
-        QTest::newRow("heard, no values yet") << QList<int>{1040} << 0;
-        QTest::newRow("answers") << QList<int>{1040, 2007, 2007} << 1; // the second is not yet due
-        QTest::newRow("lost") << QList<int>{1040, 1041, 2007} << 0;
-        QTest::newRow("missed an answer") << QList<int>{1040, missedAnswer, 2007} << 0;
-        QTest::newRow("back") << QList<int>{1040, 1041, 2007, 1040, 2007} << 1;
+        const auto row = columns<QList<int>, int>("types", "rows");
+        row("not heard", {2007, 1041, 2007}, 0);
+        row("heard, no values yet", {1040}, 0);
+        row("answers", {1040, 2007, 2007}, 1); // the second is not yet due
+        row("lost", {1040, 1041, 2007}, 0);
+        row("missed an answer", {1040, missedAnswer, 2007}, 0);
+        row("back", {1040, 1041, 2007, 1040, 2007}, 1);
     }
     void logsLiveValuesOnly()
     {
         QFETCH(QList<int>, types);
         tell(types);
-        QTEST(stored(QStringLiteral("SELECT unit FROM data_log WHERE input_voltage = '220'")).size(), "rows");
+        QTEST(stored("SELECT unit FROM data_log WHERE input_voltage = '220'").size(), "rows");
     }
 
     void logsAtStepsOfTheInterval()
@@ -100,7 +96,7 @@ private:
                 emit collector.postDEvent(type, fullRecord());
         }
     }
-    QStringList stored(const QString& statement) const
+    QByteArrayList stored(const char* statement) const
     {
         return readColumn(m_folder->filePath(QStringLiteral("j")), statement);
     }

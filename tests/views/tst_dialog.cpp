@@ -1,3 +1,4 @@
+#include "columns.h"
 #include "dialog.h"
 #include "loading.h"
 #include "msgbox.h"
@@ -8,7 +9,6 @@
 #include <QLineEdit>
 #include <QPushButton>
 #include <QStackedWidget>
-#include <QtTest>
 
 #include <functional>
 
@@ -103,13 +103,8 @@ private slots:
 
 void tst_dialog::request_data()
 {
-    QTest::addColumn<ParameterInformation>("record");
-    QTest::addColumn<QString>("entry");
-    QTest::addColumn<QString>("sent"); // empty for what is out of range
-    const auto row = [](const char* name, const ParameterInformation& record, const char* entry,
-                        const char* sent) {
-        QTest::newRow(name) << record << QString::fromUtf8(entry) << QString::fromUtf8(sent);
-    };
+    // Nothing is sent of what is out of range.
+    const auto row = columns<ParameterInformation, QString, QString>("record", "entry", "sent");
     const ParameterInformation voltage = value(0.01F, 210, 365);
     row("ratio 1", value(1), "32", "3019,32");
     row("ratio 0.1", value(0.1F), "5", "3019,50");

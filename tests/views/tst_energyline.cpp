@@ -1,8 +1,8 @@
+#include "columns.h"
 #include "energyline.h"
 
 #include <QPainter>
 #include <QTimer>
-#include <QtTest>
 
 namespace {
 
@@ -111,15 +111,14 @@ private slots:
 
 void tst_Energyline::flows_data()
 {
-    QTest::addColumn<Data>("data");
-    QTest::addColumn<QByteArray>("on");
-    QTest::newRow("none") << Data() << QByteArray("000000");
-    QTest::newRow("mains") << mainsData() << QByteArray("100110");
-    QTest::newRow("charging") << Data{{4220, 1}, {4224, 1}} << QByteArray("010000");
-    QTest::newRow("discharging") << Data{{4221, 1.0F}, {4224, 1}} << QByteArray("001000");
-    QTest::newRow("bypass") << Data{{4218, 1}, {4223, 1}} << QByteArray("000001");
-    QTest::newRow("bypass without load") << Data{{4218, 1}, {4223, 0}} << QByteArray("000000");
-    QTest::newRow("only 1 is on") << Data{{4219, 2}, {4222, -1}, {4223, 1}} << QByteArray("000000");
+    const auto row = columns<Data, QByteArray>("data", "on");
+    row("none", {}, "000000");
+    row("mains", mainsData(), "100110");
+    row("charging", {{4220, 1}, {4224, 1}}, "010000");
+    row("discharging", {{4221, 1.0F}, {4224, 1}}, "001000");
+    row("bypass", {{4218, 1}, {4223, 1}}, "000001");
+    row("bypass without load", {{4218, 1}, {4223, 0}}, "000000");
+    row("only 1 is on", {{4219, 2}, {4222, -1}, {4223, 1}}, "000000");
 }
 
 void tst_Energyline::flows()
@@ -134,12 +133,7 @@ void tst_Energyline::flows()
 void tst_Energyline::texts_data()
 {
     using namespace flowtexts;
-    QTest::addColumn<Data>("data");
-    QTest::addColumn<int>("text");
-    QTest::addColumn<QString>("expected");
-    const auto row = [](const char* name, const Data& data, Text text, const char* expected) {
-        QTest::newRow(name) << data << int(text) << QString::fromUtf8(expected);
-    };
+    const auto row = columns<Data, int, QString>("data", "text", "expected");
     row("three phases", {{4191, 3.0F}, {4192, 220.04F}, {4193, 221.06F}}, BypassVoltage, "220.0/221.1/0.0 V");
     row("one phase", {{4132, 1}, {4139, 49.96F}, {4140, 7}}, InputFrequency, "50.0 Hz");
     row("reactive", {{4162, 3}, {4181, 1}, {4183, -2.5F}}, ReactivePower, "1.0/0.0/-2.5 kVA");
@@ -179,20 +173,18 @@ void tst_Energyline::texts()
 
 void tst_Energyline::clicks_data()
 {
-    QTest::addColumn<QPoint>("position");
-    QTest::addColumn<QVector<QRect>>("opened");
-    using Panels = QVector<QRect>;
-    QTest::newRow("input") << QPoint(-262, 0) << Panels{inputPanel};
-    QTest::newRow("input, upper left edge") << QPoint(-300, -37) << Panels{inputPanel};
-    QTest::newRow("input, right edge") << QPoint(-225, 37) << Panels{inputPanel};
-    QTest::newRow("right of input") << QPoint(-224, 0) << Panels{};
-    QTest::newRow("below input") << QPoint(-262, 38) << Panels{};
-    QTest::newRow("bypass, lower edge") << QPoint(-262, -113) << Panels{bypassPanel};
-    QTest::newRow("load") << QPoint(300, 0) << Panels{loadPanel};
-    QTest::newRow("battery") << QPoint(25, 155) << Panels{batteryPanel};
-    QTest::newRow("above battery") << QPoint(0, 79) << Panels{};
-    QTest::newRow("rectifier") << QPoint(-92, 0) << Panels{devicePanel, recInvPanel};
-    QTest::newRow("inverter") << QPoint(92, 0) << Panels{devicePanel, recInvPanel};
+    const auto row = columns<QPoint, QVector<QRect>>("position", "opened");
+    row("input", {-262, 0}, {inputPanel});
+    row("input, upper left edge", {-300, -37}, {inputPanel});
+    row("input, right edge", {-225, 37}, {inputPanel});
+    row("right of input", {-224, 0}, {});
+    row("below input", {-262, 38}, {});
+    row("bypass, lower edge", {-262, -113}, {bypassPanel});
+    row("load", {300, 0}, {loadPanel});
+    row("battery", {25, 155}, {batteryPanel});
+    row("above battery", {0, 79}, {});
+    row("rectifier", {-92, 0}, {devicePanel, recInvPanel});
+    row("inverter", {92, 0}, {devicePanel, recInvPanel});
 }
 
 void tst_Energyline::clicks()

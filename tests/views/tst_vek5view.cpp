@@ -1,4 +1,5 @@
 #include "catalogue.h"
+#include "columns.h"
 #include "dialog.h"
 #include "displaytext.h"
 #include "settingstable.h"
@@ -15,7 +16,6 @@
 #include <QPushButton>
 #include <QScrollArea>
 #include <QScrollBar>
-#include <QtTest>
 
 #include <malloc.h>
 
@@ -216,15 +216,8 @@ void tst_vek5View::catalogueRecords()
 
 void tst_vek5View::displayTexts_data()
 {
-    QTest::addColumn<int>("type");
-    QTest::addColumn<int>("pointId");
-    QTest::addColumn<int>("count");
-    QTest::addColumn<QVariantList>("values");
-    QTest::addColumn<QString>("expected");
-    const auto row = [](const char* name, int type, int id, int count, QVariantList values,
-                        const char* text) {
-        QTest::newRow(name) << type << id << count << values << QString::fromUtf8(text);
-    };
+    const auto row =
+        columns<int, int, int, QVariantList, QString>("type", "pointId", "count", "values", "expected");
     row("absent integer", 0, 10, 0, {}, "0u");
     row("three integers", 1, 10, 0, {1, 2}, "1/2/0u");
     row("hundredths", 7, 10, 0, {1.005, -2.5, 3}, "1.00/-2.50/3.00u");
@@ -335,14 +328,19 @@ void tst_vek5View::alarms()
 
 void tst_vek5View::buttons_data()
 {
-    QTest::addColumn<int>("commandId");
-    const QList<QPair<const char*, int>> commands = {
-        {"buzzer_off", 1010},      {"buzzer_on", 1009},    {"power_on", 1008},
-        {"off_turn_bypass", 1015}, {"power_off", 1007},    {"turn_bypass", 1016},
-        {"turn_inverter", 1017},   {"battery_test", 1003}, {"battery_maintenance", 1005},
-        {"cancel_test", 1006},     {"clear_fault", 1001},  {"clear_history_log", 1002}};
-    for (const auto& command : commands)
-        QTest::newRow(command.first) << command.second;
+    const auto row = columns<int>("commandId");
+    row("buzzer_off", 1010);
+    row("buzzer_on", 1009);
+    row("power_on", 1008);
+    row("off_turn_bypass", 1015);
+    row("power_off", 1007);
+    row("turn_bypass", 1016);
+    row("turn_inverter", 1017);
+    row("battery_test", 1003);
+    row("battery_maintenance", 1005);
+    row("cancel_test", 1006);
+    row("clear_fault", 1001);
+    row("clear_history_log", 1002);
 }
 
 void tst_vek5View::buttons()
@@ -422,16 +420,13 @@ void tst_vek5View::unknownButtonAndHostThatDeletes()
 
 void tst_vek5View::settings_data()
 {
-    QTest::addColumn<int>("level");
-    QTest::addColumn<QString>("tableName");
-    QTest::addColumn<int>("row");
-    QTest::addColumn<bool>("opens");
-    QTest::newRow("guest, open parameter") << 0 << QStringLiteral("batteryTable") << 1 << false;
-    QTest::newRow("operator, open parameter") << 1 << QStringLiteral("batteryTable") << 1 << true;
-    QTest::newRow("operator, charge current") << 1 << QStringLiteral("adjustTable") << 9 << true;
-    QTest::newRow("operator, closed parameter") << 1 << QStringLiteral("basicTable") << 0 << false;
-    QTest::newRow("engineer") << 2 << QStringLiteral("basicTable") << 0 << true;
-    QTest::newRow("engineer, information") << 3 << QStringLiteral("devinforTable") << 18 << true;
+    const auto row = columns<int, QString, int, bool>("level", "tableName", "row", "opens");
+    row("guest, open parameter", 0, "batteryTable", 1, false);
+    row("operator, open parameter", 1, "batteryTable", 1, true);
+    row("operator, charge current", 1, "adjustTable", 9, true);
+    row("operator, closed parameter", 1, "basicTable", 0, false);
+    row("engineer", 2, "basicTable", 0, true);
+    row("engineer, information", 3, "devinforTable", 18, true);
 }
 
 void tst_vek5View::settings()

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "text.h"
+
 #include <QProcess>
 #include <QStringList>
 
@@ -11,7 +13,11 @@ inline constexpr int patienceMs = 20000;
 class Simulator
 {
 public:
-    explicit Simulator(const QStringList& arguments) { m_process.start(QStringLiteral(UPS_SIM), arguments); }
+    explicit Simulator(const QStringList& arguments, const QString& folder = QString())
+    {
+        m_process.setWorkingDirectory(folder);
+        m_process.start(QStringLiteral(RUN_DIR "/ups-sim"), arguments);
+    }
     ~Simulator()
     {
         m_process.kill();
@@ -38,8 +44,3 @@ private:
     QProcess m_process;
     QByteArray m_output;
 };
-
-inline QStringList words(const QString& text)
-{
-    return text.isEmpty() ? QStringList() : text.trimmed().split(QLatin1Char(' '));
-}

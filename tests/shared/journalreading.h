@@ -7,12 +7,12 @@
 #include <QVariant>
 
 /// Everything that a statement gives, read as another program would read the journal.
-inline QList<QVariantList> readRows(const QString& file, const QString& statement)
+inline QList<QVariantList> readRows(const QString& file, const char* statement)
 {
     Connection connection;
     QSqlQuery query;
-    if (!connection.open(file, Connection::Mode::ReadOnly) || !connection.prepare(statement, &query) ||
-        !connection.execute(query))
+    if (!connection.open(file, Connection::Mode::ReadOnly) ||
+        !connection.prepare(QLatin1String(statement), &query) || !connection.execute(query))
         return {{QString(QStringLiteral("error: ") + connection.problem().text)}};
     QList<QVariantList> rows;
     while (query.next()) {
@@ -24,11 +24,11 @@ inline QList<QVariantList> readRows(const QString& file, const QString& statemen
 }
 
 /// The first column of it.
-inline QStringList readColumn(const QString& file, const QString& statement)
+inline QByteArrayList readColumn(const QString& file, const char* statement)
 {
-    QStringList values;
+    QByteArrayList values;
     const QList<QVariantList> rows = readRows(file, statement);
     for (const QVariantList& row : rows)
-        values += row.value(0).toString();
+        values += row.value(0).toString().toUtf8();
     return values;
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "text.h"
+
 #include <QTemporaryDir>
 #include <QtTest>
 
@@ -67,7 +69,7 @@ private:
 };
 
 /// The test fails unless a message that begins so comes.
-inline void expect(QtMsgType type, const QString& beginning)
+inline void expect(QtMsgType type, const Text& beginning)
 {
     const QString pattern = QLatin1Char('^') + QRegularExpression::escape(beginning);
     QTest::ignoreMessage(type, QRegularExpression(pattern));
