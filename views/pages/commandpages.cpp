@@ -17,9 +17,9 @@ constexpr int sectionGap = 12;
 constexpr int titleRow = 6;
 constexpr int stretchColumn = 4; // behind caption and three buttons
 
-QLabel* makeLabel(const QString& text, const char* name, QFont::Weight weight)
+QLabel* makeLabel(QWidget* page, const QString& text, const char* name, QFont::Weight weight)
 {
-    auto* label = new QLabel(text);
+    auto* label = new QLabel(text, page);
     label->setObjectName(QLatin1String(name));
     label->setFont(pageFont(weight));
     label->setIndent(0); // a style alone would make it greater
@@ -48,7 +48,7 @@ CommandPage::CommandPage(const QString& name, QWidget* parent)
 
 QPushButton* CommandPage::addButton(const controlbuttons::Button& entry)
 {
-    auto* button = new QPushButton(pageText(entry.text));
+    auto* button = new QPushButton(pageText(entry.text), this);
     button->setObjectName(QLatin1String(entry.objectName));
     button->setToolTip(pageText(entry.toolTip));
     button->setAccessibleName(pageText(controlbuttons::captions[entry.group]) + QLatin1Char(' ') +
@@ -57,8 +57,11 @@ QPushButton* CommandPage::addButton(const controlbuttons::Button& entry)
     return button;
 }
 
-ControlPage::ControlPage(const QList<Table>& tables, QWidget* parent)
+ControlPage::ControlPage(QWidget* parent)
     : CommandPage(QStringLiteral("ControlTable"), parent)
+{}
+
+void ControlPage::setTables(const QList<Table>& tables)
 {
     QGridLayout* grid = makeGrid(this, "ControlGrid");
     const QList<controlbuttons::Group> groups = {controlbuttons::buzzer, controlbuttons::startup,
@@ -66,7 +69,7 @@ ControlPage::ControlPage(const QList<Table>& tables, QWidget* parent)
     for (int i = 0; i < groups.size(); ++i)
         addRow(grid, i + 1, groups.at(i));
     QLabel* title =
-        makeLabel(pageText(QT_TRANSLATE_NOOP("vek5View", "Configuration")), "DevBigTitle", QFont::Bold);
+        makeLabel(this, pageText(QT_TRANSLATE_NOOP("vek5View", "Configuration")), "DevBigTitle", QFont::Bold);
     title->setStyleSheet(QStringLiteral("margin-top:20px"));
     grid->addWidget(title, titleRow, 0, 1, -1);
     grid->addWidget(makeTables(tables), titleRow + 1, 0, 1, -1);
@@ -76,7 +79,7 @@ ControlPage::ControlPage(const QList<Table>& tables, QWidget* parent)
 void ControlPage::addRow(QGridLayout* grid, int row, controlbuttons::Group group)
 {
     const QString caption = pageText(controlbuttons::captions[group]);
-    grid->addWidget(makeLabel(caption, "DevSubNameTit", QFont::Normal), row, 0);
+    grid->addWidget(makeLabel(this, caption, "DevSubNameTit", QFont::Normal), row, 0);
     int column = 1;
     for (const controlbuttons::Button& entry : controlbuttons::buttons) {
         if (entry.group != group)
@@ -88,7 +91,7 @@ void ControlPage::addRow(QGridLayout* grid, int row, controlbuttons::Group group
 
 QTabWidget* ControlPage::makeTables(const QList<Table>& tables)
 {
-    auto* tabs = new QTabWidget;
+    auto* tabs = new QTabWidget(this);
     tabs->setObjectName(QStringLiteral("configStack"));
     tabs->setMinimumHeight(tablesHeight);
     // What hides the main tabs that a user's level forbids would hide these on the disabled page: -1 is as
@@ -96,11 +99,11 @@ QTabWidget* ControlPage::makeTables(const QList<Table>& tables)
     tabs->setStyleSheet(QStringLiteral("QTabBar::tab:disabled {width: -1px; color: palette(dark);}"));
     for (const Table& entry : tables) {
         auto* table = new SettingsTable(entry.name);
+        tabs->addTab(table, entry.title); // before it has rows, which would be measured again
         table->setRecords(entry.records);
         table->setAccessibleName(entry.title);
         table->setToolTip(
             pageText(QT_TRANSLATE_NOOP("vek5View", "Double-click a row to change its setting")));
-        tabs->addTab(table, entry.title);
         m_tables << table;
     }
     return tabs;
@@ -125,13 +128,13 @@ MaintenancePage::MaintenancePage(QWidget* parent)
 void MaintenancePage::addSection(QGridLayout* grid, controlbuttons::Group group)
 {
     const QString caption = pageText(controlbuttons::captions[group]);
-    grid->addWidget(makeLabel(caption, "DevBigTitle", QFont::Bold), grid->rowCount(), 0, 1, -1);
+    grid->addWidget(makeLabel(this, caption, "DevBigTitle", QFont::Bold), grid->rowCount(), 0, 1, -1);
     for (const controlbuttons::Button& entry : controlbuttons::buttons) {
         if (entry.group != group)
             continue;
         const int row = grid->rowCount();
         grid->addWidget(addButton(entry), row, 0);
-        grid->addWidget(makeLabel(pageText(entry.toolTip), "DevSubNameTit", QFont::Normal), row, 1);
+        grid->addWidget(makeLabel(this, pageText(entry.toolTip), "DevSubNameTit", QFont::Normal), row, 1);
     }
     grid->setRowMinimumHeight(grid->rowCount(), sectionGap);
 }

@@ -41,7 +41,10 @@ public:
         QList<ParameterInformation*> records;
     };
 
-    explicit ControlPage(const QList<Table>& tables, QWidget* parent = nullptr);
+    explicit ControlPage(QWidget* parent = nullptr);
+
+    /// Fills the page, once; it should have its place among other widgets by then.
+    void setTables(const QList<Table>& tables);
 
     QList<SettingsTable*> tables() const { return m_tables; }
     /// Shows the values of a data map in all tables.

@@ -14,22 +14,28 @@ constexpr int gap = 12;   // px
 constexpr int indent = 8; // px, where no style sheet sets another
 } // namespace
 
-RealtimePage::RealtimePage(const QList<Panel>& panels, QWidget* parent)
+RealtimePage::RealtimePage(QWidget* parent)
     : QScrollArea(parent)
 {
     setObjectName(QStringLiteral("RTDataTable"));
     setFrameShape(NoFrame);
     setWidgetResizable(true);
+}
+
+// From the outside in: a widget that gets a parent takes over its style with everything inside it, once for
+// each time.
+void RealtimePage::setPanels(const QList<Panel>& panels)
+{
     auto* content = new QWidget;
     content->setObjectName(QStringLiteral("RTDataContent"));
+    setWidget(content);
     m_grid = new QGridLayout(content);
     m_grid->setContentsMargins(gap, gap, gap, gap);
     m_grid->setSpacing(gap);
     m_grid->setRowStretch(panels.size(), 1); // behind the last row
     for (const Panel& panel : panels)
-        m_panels << makePanel(panel);
+        m_panels << makePanel(panel, content);
     arrange(mostColumns);
-    setWidget(content);
 }
 
 // What a row of so many panels needs at least.
@@ -59,12 +65,13 @@ void RealtimePage::arrange(int columns)
 void RealtimePage::resizeEvent(QResizeEvent* event)
 {
     QScrollArea::resizeEvent(event);
-    arrange(mostColumns);
+    if (m_grid)
+        arrange(mostColumns);
 }
 
-QWidget* RealtimePage::makePanel(const Panel& panel)
+QWidget* RealtimePage::makePanel(const Panel& panel, QWidget* content)
 {
-    auto* frame = new QFrame;
+    auto* frame = new QFrame(content);
     frame->setObjectName(QStringLiteral("Panel"));
     frame->setFrameShape(QFrame::StyledPanel);
     frame->setAccessibleName(panel.title);
@@ -72,13 +79,13 @@ QWidget* RealtimePage::makePanel(const Panel& panel)
     column->setContentsMargins(0, 0, 0, 0);
     column->setSpacing(0);
 
-    auto* title = new QLabel(panel.title);
+    auto* title = new QLabel(panel.title, frame);
     title->setObjectName(QStringLiteral("PanelTitle"));
     title->setFont(pageFont(QFont::Bold));
     title->setIndent(indent);
     column->addWidget(title);
 
-    auto* body = new QWidget;
+    auto* body = new QWidget(frame);
     body->setObjectName(QStringLiteral("PanelBody"));
     auto* grid = new QGridLayout(body);
     grid->setSpacing(0);
@@ -86,10 +93,10 @@ QWidget* RealtimePage::makePanel(const Panel& panel)
     grid->setColumnStretch(1, 1);
     for (int row = 0; row < panel.records.size(); ++row) {
         ParameterInformation* record = panel.records.at(row);
-        auto* caption = new QLabel(record->label);
+        auto* caption = new QLabel(record->label, body);
         caption->setObjectName(QStringLiteral("PanelName"));
         caption->setIndent(indent);
-        auto* value = new QLabel;
+        auto* value = new QLabel(body);
         value->setObjectName(QStringLiteral("PanelValue"));
         value->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
         value->setIndent(indent);

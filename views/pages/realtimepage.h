@@ -21,7 +21,10 @@ public:
         QList<ParameterInformation*> records;
     };
 
-    explicit RealtimePage(const QList<Panel>& panels, QWidget* parent = nullptr);
+    explicit RealtimePage(QWidget* parent = nullptr);
+
+    /// Fills the page, once; it should have its place among other widgets by then.
+    void setPanels(const QList<Panel>& panels);
 
     /// Shows the values of a data map.
     void refresh(const QMap<int, QVariant>& points);
@@ -30,11 +33,11 @@ protected:
     void resizeEvent(QResizeEvent* event) override;
 
 private:
-    QWidget* makePanel(const Panel& panel);
+    QWidget* makePanel(const Panel& panel, QWidget* content);
     int widthOf(int columns) const;
     void arrange(int columns);
 
-    QGridLayout* m_grid;
+    QGridLayout* m_grid = nullptr; // once there are panels
     QList<QWidget*> m_panels;
     int m_columns = 0; // as arranged
     QList<ParameterInformation*> m_records;

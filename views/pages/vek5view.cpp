@@ -117,34 +117,38 @@ void vek5View::makePages()
     auto* grid = new QGridLayout(this);
     grid->setObjectName(QStringLiteral("vek5View_grid"));
     grid->setContentsMargins(0, 0, 0, 0);
-    m_tabs = new PageTabs;
+    m_tabs = new PageTabs(this);
     m_tabs->setObjectName(QStringLiteral("devStacketTable"));
+    // A disabled tab vanishes. Before there are pages, which would all be polished again.
+    m_tabs->setStyleSheet(QStringLiteral("QTabBar::tab:disabled {width: 0; color: transparent;}"));
     grid->addWidget(m_tabs, 0, 0);
 
     m_diagram = new Energyline;
     m_diagram->setObjectName(QStringLiteral("OverviewTable"));
     m_diagram->set_all_off_Flow();
-    m_realtimePage = new RealtimePage({{tr("DEVICE"), m_holder->getDeviceData()},
-                                       {tr("OUTPUT"), m_holder->getOutputData()},
-                                       {tr("INPUT"), m_holder->getInputData()},
-                                       {tr("BYPASS"), m_holder->getBypassData()},
-                                       {tr("BATTERY"), m_holder->getBatteryData()},
-                                       {tr("REC/INV"), m_holder->getRecInvData()}});
-    makeControlPage();
+    m_realtimePage = new RealtimePage;
+    m_controlPage = new ControlPage;
     m_maintenancePage = new MaintenancePage;
     m_tabs->addTab(m_diagram, tr("Overview"));
     m_tabs->addTab(m_realtimePage, tr("RT-data"));
     m_tabs->addTab(m_controlPage, tr("Control"));
     m_tabs->addTab(m_maintenancePage, tr("Maintenance"));
     makeAlarmPage();
+    m_realtimePage->setPanels({{tr("DEVICE"), m_holder->getDeviceData()},
+                               {tr("OUTPUT"), m_holder->getOutputData()},
+                               {tr("INPUT"), m_holder->getInputData()},
+                               {tr("BYPASS"), m_holder->getBypassData()},
+                               {tr("BATTERY"), m_holder->getBatteryData()},
+                               {tr("REC/INV"), m_holder->getRecInvData()}});
+    fillControlPage();
     for (QPushButton* button : m_controlPage->buttons() + m_maintenancePage->buttons())
         connect(button, &QPushButton::clicked, this, &vek5View::pushButtonSlot);
     connect(m_tabs, &QTabWidget::currentChanged, this, &vek5View::refreshKnown);
 }
 
-void vek5View::makeControlPage()
+void vek5View::fillControlPage()
 {
-    m_controlPage = new ControlPage(
+    m_controlPage->setTables(
         {{QStringLiteral("basicTable"), tr("Basic parameters"), m_holder->getBasicConfig()},
          {QStringLiteral("batteryTable"), tr("Battery parameters"), m_holder->getBatteryConfig()},
          {QStringLiteral("adjustTable"), tr("Adjusting parameters"), m_holder->getAdjustConfig()},
@@ -172,7 +176,8 @@ void vek5View::applyUserLevel()
     if (m_controlPage)
         m_controlPage->setEnabled(m_userLevel != 0);
     m_tabs->setTabEnabled(maintenanceTab, m_userLevel != 0);
-    m_tabs->setStyleSheet(QStringLiteral("QTabBar::tab:disabled {width: 0; color: transparent;}"));
+    // The bar gives its tabs their widths anew with a text, not with what is enabled.
+    m_tabs->setTabText(maintenanceTab, m_tabs->tabText(maintenanceTab));
 }
 
 void vek5View::UpdatePointTabInfo(int index)

@@ -49,7 +49,7 @@ private:
     void UpdatePointTabInfo(int index);
     void showAlarms();
     void makePages();
-    void makeControlPage();
+    void fillControlPage();
     void makeAlarmPage();
     void applyUserLevel();
     bool isConfirmed(const QString& question);
