@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Builds everything, starts three simulated units (two on one serial line, one on TCP) and runs the host on
-# them. All options go to the host: ./demo.sh --headless --seconds 25, or ./demo.sh --screenshots DIR
+# them: its window, or lines of text where there is no display. All options go to the host:
+# ./demo.sh --headless --seconds 25, or ./demo.sh --screenshots DIR
 set -euo pipefail
 
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
@@ -91,6 +92,19 @@ read_options() {
     done
 }
 
+# Where no window can open, the host prints what it would show.
+choose_output() {
+    local option
+    [[ -z ${DISPLAY:-}${WAYLAND_DISPLAY:-}${QT_QPA_PLATFORM:-} ]] || return 0
+    for option in "${options[@]}"; do
+        case $option in
+        --headless | --check* | --screenshots* | --export-* | --help | -h | --version | -v) return 0 ;;
+        esac
+    done
+    say 'there is no display, so the host prints lines instead of opening its window'
+    options=(--headless "${options[@]}")
+}
+
 run_host() {
     local status
     end_if_interrupted
@@ -108,6 +122,7 @@ run_host() {
 }
 
 read_options "$@"
+choose_output
 take_lock
 "$root/scripts/install-deps.sh" 9>&- >&2
 "$root/scripts/build.sh" release 9>&-

@@ -53,7 +53,7 @@ void CommClose() {}
 int TcpCommRead(PortHandle* handle, char* buffer, int)
 {
     QIODevice* device = deviceOf(handle);
-    if (!device || !buffer)
+    if (!device || !buffer || !device->isOpen())
         return NoAnswer;
     unsigned char frame[reframing::BufferBytes] = {};
     device->waitForReadyRead(AnswerTimeoutMs);
@@ -70,6 +70,8 @@ int TcpCommWrite(PortHandle* handle, char* frame, int length)
     QIODevice* device = deviceOf(handle);
     if (!device || !frame || length < 0 || length > reframing::MaxRtuBytes)
         return -1;
+    if (!device->isOpen())
+        return -1; // as its write would, without a warning of Qt's for each try
     unsigned char bytes[reframing::BufferBytes];
     const int count = reframing::rtuToTcp(reinterpret_cast<const unsigned char*>(frame), length, bytes);
     return device->write(reinterpret_cast<const char*>(bytes), count) == count ? length : -1;

@@ -35,6 +35,7 @@ HeadlessRunner::HeadlessRunner(const HostOptions& options, const QStringList& un
                 [this, unit = session.get()](int type, const QVariantMap& record) {
                     takeEvent(*unit, type, record);
                 });
+        session->loadConfig();
         m_sessions.push_back(std::move(session));
     }
 }

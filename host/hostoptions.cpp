@@ -1,6 +1,7 @@
 #include "hostoptions.h"
 
 #include "isotime.h"
+#include "translation.h"
 
 #include <QCommandLineParser>
 #include <QRegularExpression>
@@ -18,8 +19,9 @@ struct Options
                             QStringLiteral("Prints this help.")};
     QCommandLineOption version{{QStringLiteral("v"), QStringLiteral("version")},
                                QStringLiteral("Prints the version.")};
-    QCommandLineOption headless{QStringLiteral("headless"),
-                                QStringLiteral("Runs without a window (the only mode so far).")};
+    QCommandLineOption headless{
+        QStringLiteral("headless"),
+        QStringLiteral("Runs without a window and prints what happens; needs no display.")};
     QCommandLineOption seconds{QStringLiteral("seconds"),
                                QStringLiteral("Ends after <n> seconds; 0 runs until a signal."),
                                QStringLiteral("n")};
@@ -78,6 +80,10 @@ struct Options
         QStringLiteral("time")};
     QCommandLineOption unit{QStringLiteral("unit"), QStringLiteral("Exports this unit only."),
                             QStringLiteral("name")};
+    QCommandLineOption language{
+        QStringLiteral("language"),
+        QStringLiteral("Shows the texts of the translator file ups-host_<name>.qm beside the program."),
+        QStringLiteral("name")};
     QCommandLineOption verbose{QStringLiteral("verbose"),
                                QStringLiteral("Shows the plugin's debug lines on standard error.")};
 };
@@ -87,15 +93,18 @@ void describe(QCommandLineParser& parser, const Options& options)
     parser.addPositionalArgument(QStringLiteral("unit"),
                                  QStringLiteral("With --check: the units to look at."),
                                  QStringLiteral("[unit...]"));
-    parser.setApplicationDescription(QStringLiteral(
-        "Monitors the units of PVMX/drovaPanel/db/dev.ini beside the program.\n"
-        "Exit status: 0 every unit answered, 3 one never did, 2 wrong use or configuration, 1 output lost, "
-        "4 a picture is missing."));
+    parser.setApplicationDescription(QStringLiteral("Monitors the units of PVMX/drovaPanel/db/dev.ini beside "
+                                                    "the program, in a window unless an option says "
+                                                    "otherwise.\n"
+                                                    "Exit status: 0 every unit answered or the window was "
+                                                    "closed, 3 a unit never answered, 2 wrong use or "
+                                                    "configuration, 1 output lost, 4 a picture is missing."));
     parser.addOptions({options.help,        options.version,  options.headless,     options.seconds,
                        options.units,       options.plugin,   options.control,      options.check,
                        options.screenshots, options.json,     options.poll,         options.journal,
                        options.logInterval, options.keepDays, options.exportEvents, options.exportLog,
-                       options.from,        options.to,       options.unit,         options.verbose});
+                       options.from,        options.to,       options.unit,         options.language,
+                       options.verbose});
 }
 
 // The readers return what is wrong, or an empty text.
@@ -170,7 +179,8 @@ QString readExports(const QCommandLineParser& parser, const Options& options, Ho
             return QStringLiteral("--%1 goes with --export-events or --export-log")
                 .arg(option->names().constFirst());
     }
-    for (const QCommandLineOption* option : {&options.units, &options.control, &options.seconds}) {
+    for (const QCommandLineOption* option :
+         {&options.units, &options.control, &options.seconds, &options.language}) {
         if (parser.isSet(*option) && exports.isWanted())
             return QStringLiteral("--%1 does not go with an export").arg(option->names().constFirst());
     }
@@ -196,7 +206,7 @@ QString readCheck(const QCommandLineParser& parser, const Options& options, Host
 {
     result->isCheck = true;
     for (const QCommandLineOption* option :
-         {&options.control, &options.seconds, &options.json, &options.poll}) {
+         {&options.control, &options.seconds, &options.json, &options.poll, &options.language}) {
         if (parser.isSet(*option))
             return QStringLiteral("--%1 does not go with --check").arg(option->names().constFirst());
     }
@@ -219,6 +229,17 @@ QString readScreenshots(const QCommandLineParser& parser, const Options& options
                                       : QString();
 }
 
+// What only lines of text can show, or a person at the window does there.
+QString readHeadless(const QCommandLineParser& parser, const Options& options, HostOptions* result)
+{
+    result->isHeadless = parser.isSet(options.headless);
+    for (const QCommandLineOption* option : {&options.json, &options.control}) {
+        if (parser.isSet(*option) && result->wantsWindow())
+            return QStringLiteral("--%1 goes with --headless").arg(option->names().constFirst());
+    }
+    return {};
+}
+
 QString readValues(const QCommandLineParser& parser, const Options& options, HostOptions* result)
 {
     QStringList errors;
@@ -236,12 +257,16 @@ QString readValues(const QCommandLineParser& parser, const Options& options, Hos
     result->pluginFile = parser.value(options.plugin);
     if (parser.isSet(options.plugin) && result->pluginFile.isEmpty())
         errors += QStringLiteral("--plugin: the name of a file is needed");
+    result->language = parser.value(options.language);
+    if (parser.isSet(options.language))
+        errors += Translation::nameError(result->language);
     if (parser.isSet(options.screenshots))
         errors += readScreenshots(parser, options, result);
     if (parser.isSet(options.check))
         errors += readCheck(parser, options, result);
     else if (!parser.positionalArguments().isEmpty())
         errors += QStringLiteral("unexpected argument \"%1\"").arg(parser.positionalArguments().constFirst());
+    errors += readHeadless(parser, options, result);
     errors.removeAll(QString());
     return errors.value(0);
 }

@@ -34,14 +34,24 @@ struct HostOptions
     QString pluginFile;    ///< empty is the one beside the program
     QList<ControlRequest> controls;
     QString journalFile;   ///< empty keeps no journal
+    QString choicesFile;   ///< remembers the window's geometry and choices; empty is the user's own
     int logIntervalS = 10; ///< between two rows of a unit's data log
     int keepDays = 0;      ///< how long the journal keeps its records; 0 is for ever
     ExportOptions exports;
     QString screenshotFolder; ///< where pictures of a unit's pages go, instead of running; empty is nowhere
+    QString language;         ///< of the texts; empty is that of the program
+    bool isHeadless = false;  ///< print lines instead of opening a window
     bool isCheck = false;     ///< look at each unit once, step by step, instead of running
     bool isJson = false;      ///< JSON lines instead of text
     bool isPolling = false;   ///< ask each unit for its cycles instead of starting its own thread
     bool isVerbose = false;   ///< show the debug lines of the plugin
+
+    bool wantsWindow() const
+    {
+        return !isHeadless && !isCheck && screenshotFolder.isEmpty() && !exports.isWanted();
+    }
+    /// Pictures are taken with a journal of their own.
+    bool keepsJournal() const { return !journalFile.isEmpty() && screenshotFolder.isEmpty(); }
 };
 
 /// The outcome of reading a command line: options, or a line that says what is wrong with it, or a text

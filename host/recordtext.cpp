@@ -1,5 +1,6 @@
 #include "recordtext.h"
 
+#include "alarmpoints.h"
 #include "eventtype.h"
 
 namespace {
@@ -20,7 +21,6 @@ constexpr int batteryStatePoint = 4101;
 constexpr int positiveHalfPoint = 4103;
 constexpr int negativeHalfPoint = 4104;
 constexpr int remainingCapacityPoint = 4111;
-constexpr int firstAlarmPoint = 2000; // alarm i has the point behind it by i
 
 QString alarmText(const QVariantMap& record, const QStringList& eventTexts)
 {
@@ -38,7 +38,7 @@ QString alarmText(const QVariantMap& record, const QStringList& eventTexts)
 
 QString statusPointText(int pointId, const QVariantMap& record, const QStringList& eventTexts)
 {
-    const QString name = eventTexts.value(pointId - firstAlarmPoint).trimmed();
+    const QString name = eventTexts.value(pointId - alarmpoints::first).trimmed();
     return QStringLiteral("status point %1%2 is now %3")
         .arg(QString::number(pointId), name.isEmpty() ? name : QStringLiteral(" (%1)").arg(name),
              QString::number(record.value(QStringLiteral("alarmState")).toInt()));

@@ -199,6 +199,11 @@ QString unitlist::defaultFile()
     return QCoreApplication::applicationDirPath() + QStringLiteral("/PVMX/drovaPanel/db/dev.ini");
 }
 
+QString unitlist::lineFile()
+{
+    return QStringLiteral("serial.ini");
+}
+
 UnitList unitlist::read(const QString& file)
 {
     UnitList result;
@@ -223,4 +228,26 @@ UnitList unitlist::select(const QStringList& configured, const QStringList& want
                         .arg(name, configured.join(QStringLiteral(", ")))};
     }
     return {wanted.isEmpty() ? configured : wanted, {}};
+}
+
+UnitChoice unitlist::choose(const QStringList& wanted)
+{
+    const UnitList configured = read(defaultFile());
+    if (!configured.error.isEmpty())
+        return {{}, {}, configured.error, true};
+    const UnitList selected = select(configured.names, wanted);
+    if (!selected.error.isEmpty())
+        return {configured.names, {}, selected.error, false};
+    return {configured.names, selected.names, lineError(lineFile(), defaultFile(), selected.names), true};
+}
+
+QStringList unitlist::afterChange(const QStringList& running, const QStringList& earlier,
+                                  const QStringList& now)
+{
+    QStringList names;
+    for (const QString& name : now) {
+        if (running.contains(name) || !earlier.contains(name))
+            names += name;
+    }
+    return names.isEmpty() ? now : names;
 }

@@ -10,9 +10,8 @@ UnitSession::UnitSession(const QString& name, std::unique_ptr<CollectThread> col
     : m_name(name)
     , m_collector(std::move(collector))
 {
-    // The name comes first: it is the group that the settings are read from.
+    // Before any settings: it is the group that they are read from.
     m_collector->m_deviceName = name;
-    m_collector->loadConfig();
     // An automatic connection to the main thread does as well, for a host whose event loop never blocks.
     connect(m_collector.get(), &CollectThread::postDEvent, this, &UnitSession::queueEvent,
             Qt::DirectConnection);
@@ -25,6 +24,11 @@ UnitSession::~UnitSession()
 {
     requestStop();
     waitStopped(ULONG_MAX);
+}
+
+void UnitSession::loadConfig()
+{
+    m_collector->loadConfig();
 }
 
 void UnitSession::start()

@@ -24,7 +24,7 @@ public:
         Polled     ///< a thread of the host asks for them
     };
 
-    /// Takes the collector over, names it and has it read its settings, which may open its port.
+    /// Takes the collector over and names it.
     UnitSession(const QString& name, std::unique_ptr<CollectThread> collector, Cycles cycles);
     /// Stops the unit and waits for it, then deletes the collector.
     ~UnitSession() override;
@@ -33,6 +33,9 @@ public:
     const UnitState& state() const { return m_state; }
     CollectThread& collector() { return *m_collector; }
 
+    /// Has the collector read its settings, which may open its port and so take as long as the device likes.
+    /// Before start(), for all units before the first one starts; any thread, one at a time.
+    void loadConfig();
     void start();
     /// Asks the unit to end after the cycle that runs; returns at once.
     void requestStop();

@@ -21,6 +21,8 @@ public:
 
     /// A unit that missed an answer counts as lost here before its collector says so, which may take minutes.
     Contact contact() const { return m_contact; }
+    /// The collector has given up on a unit that has never answered.
+    bool isMissing() const { return m_contact == Contact::NotHeard && m_isToldLost; }
     /// Local time "yyyy-MM-dd hh:mm:ss" of the last answer, while there is none.
     QString silentSince() const { return m_lastAnswer; }
     /// The unit's last values, point id to value; empty unless it answers. The reports of a lost unit still

@@ -7,6 +7,7 @@ packages=(
     g++ cmake ninja-build pkg-config
     qtbase5-dev                 # Qt 5: plugin, host, tests
     libqt5sql5-sqlite           # the host's journal
+    libqwt-qt5-dev              # the trends of the host's window
     libhidapi-dev libudev-dev   # USB HID units, linked into the plugin
     libmodbus-dev               # the simulated units
     fonts-inter                 # the typeface of the pages; it has U+2103, the degree Celsius

@@ -22,7 +22,7 @@ using diagnosis::Finding;
 namespace {
 
 constexpr int connectTimeoutMs = 5000;
-constexpr int bytesPerRow = 32;
+constexpr int bytesPerRow = 24;
 
 void countValue(int, float, void* context)
 {
@@ -52,12 +52,13 @@ Finding findingOf(QAbstractSocket::SocketError error)
 } // namespace
 
 UnitCheck::UnitCheck(const QString& unitName, const CheckSettings& settings, const DriverEntries& driver,
-                     PortManage& ports, LineOutput& output)
+                     PortManage& ports, LineOutput& output, std::function<bool()> isStopped)
     : m_unitName(unitName)
     , m_settings(settings)
     , m_driver(driver)
     , m_ports(ports)
     , m_output(output)
+    , m_isStopped(std::move(isStopped))
 {
     m_facts.isTcp = settings.isTcp;
     m_facts.target = settings.isTcp
@@ -150,7 +151,7 @@ Finding UnitCheck::findOnTcp()
 
 Finding UnitCheck::query(const PortHandle& handle, const std::function<bool()>& isConnected)
 {
-    TracedPort traced(handle);
+    TracedPort traced(handle, m_isStopped);
     int values = 0;
     QElapsedTimer timer;
     timer.start();

@@ -10,13 +10,15 @@ class LineOutput;
 class PortManage;
 
 /// One look at one unit, step by step, told line by line: settings, driver, port or host, then one query
-/// with every request and answer. Blocks for as long as that takes; main thread.
+/// with every request and answer. Blocks for as long as that takes; any thread.
 class UnitCheck
 {
 public:
-    /// All references must outlive the check. ports belongs to the calling thread.
-    UnitCheck(const QString& unitName, const CheckSettings& settings, const DriverEntries& driver,
-              PortManage& ports, LineOutput& output);
+    /// All references must outlive the check. ports belongs to the calling thread. isStopped is asked before
+    /// every read and write; true ends the query soon, with whatever result.
+    UnitCheck(
+        const QString& unitName, const CheckSettings& settings, const DriverEntries& driver,
+        PortManage& ports, LineOutput& output, std::function<bool()> isStopped = [] { return false; });
 
     /// Runs the check; true when the unit answered everything.
     bool run();
@@ -35,6 +37,7 @@ private:
     const DriverEntries& m_driver;
     PortManage& m_ports;
     LineOutput& m_output;
+    const std::function<bool()> m_isStopped;
     diagnosis::Facts m_facts;
     Exchanges m_exchanges; ///< of the query, once there was one
 };

@@ -61,6 +61,7 @@ private:
 struct Table
 {
     QString name;
+    QString condition;   // besides time and unit; may be empty
     QStringList columns; // after the time
     QStringList headings;
 };
@@ -125,6 +126,8 @@ QString rowsStatement(const ExportRequest& request, const Table& table)
         conditions += QStringLiteral("time_ms < ?");
     if (!request.unit.isEmpty())
         conditions += QStringLiteral("unit = ?");
+    if (!table.condition.isEmpty())
+        conditions += QLatin1Char('(') + table.condition + QLatin1Char(')');
     QString text = QStringLiteral("SELECT time_ms, %1 FROM %2")
                        .arg(table.columns.join(QStringLiteral(", ")), table.name);
     if (!conditions.isEmpty())
@@ -189,13 +192,14 @@ QString journalexport::writeEvents(const ExportRequest& request)
     if (error.isEmpty())
         error = checkUnit(request, connection);
     if (error.isEmpty())
-        error = writeTable(request, {QStringLiteral("event"), columns, columns}, connection);
+        error = writeTable(request, {QStringLiteral("event"), request.eventCondition, columns, columns},
+                           connection);
     return error;
 }
 
 QString journalexport::writeLog(const ExportRequest& request)
 {
-    Table table{QStringLiteral("data_log"), {QStringLiteral("unit")}, {QStringLiteral("unit")}};
+    Table table{QStringLiteral("data_log"), {}, {QStringLiteral("unit")}, {QStringLiteral("unit")}};
     for (const char* column : schema::logColumns)
         table.columns += QLatin1String(column);
     Connection connection;

@@ -12,6 +12,7 @@ struct ExportRequest
     std::optional<qint64> fromUtcMs; ///< included
     std::optional<qint64> toUtcMs;   ///< not included
     QString unit;                    ///< empty is every unit
+    QString eventCondition{}; ///< an SQL condition on the columns of table "event"; empty is every event
 };
 
 /// Writes records as CSV, in the order in which they arrived. Reads only, beside a host that writes, and

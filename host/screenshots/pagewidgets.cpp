@@ -1,5 +1,7 @@
 #include "pagewidgets.h"
 
+#include "userinput.h"
+
 #include <QAbstractButton>
 #include <QApplication>
 #include <QComboBox>
@@ -10,6 +12,24 @@
 #include <QTableWidget>
 
 namespace {
+
+constexpr int rangeColumn = 2; // of a settings table
+
+struct Block
+{
+    PageWidgets::Panel panel;
+    QPoint place; // in the diagram, seen from its centre
+};
+
+// clang-format off
+constexpr Block blocks[] = {
+    {PageWidgets::Input,     {-262,    0}},
+    {PageWidgets::Bypass,    {-262, -150}},
+    {PageWidgets::Rectifier, { -92,    0}},
+    {PageWidgets::Battery,   {   0,  117}},
+    {PageWidgets::Load,      { 262,    0}},
+};
+// clang-format on
 
 // The box that has pages: questions and notices bear the same name.
 QDialog* settingDialog()
@@ -67,4 +87,30 @@ PageWidgets PageWidgets::find(const QWidget& view)
     finder.find(widgets.dialog, "btnWhite", &widgets.cancel);
     widgets.missing = finder.missing();
     return widgets;
+}
+
+// Which row opens which page is the pages' own affair: try them.
+bool PageWidgets::openDialog(QTableWidget& table, DialogPage page) const
+{
+    for (int row = 0; row < table.rowCount(); ++row) {
+        const QTableWidgetItem* range = table.item(row, rangeColumn);
+        const bool hasRange = range && range->text().size() > 1;
+        if (page == DialogPage::Value && !hasRange)
+            continue;
+        userinput::doubleClickRow(table, row);
+        QCoreApplication::processEvents(); // the dialog gets the focus
+        if (dialog->isVisible() && dialogPages->currentIndex() == static_cast<int>(page))
+            return true;
+        userinput::click(*cancel);
+    }
+    return false;
+}
+
+void PageWidgets::togglePanels(int panels) const
+{
+    const QPoint centre(diagram->width() / 2, diagram->height() / 2);
+    for (const auto& block : blocks) {
+        if (panels & block.panel)
+            userinput::click(*diagram, centre + block.place);
+    }
 }

@@ -27,6 +27,23 @@ struct PageWidgets
     /// there.
     static PageWidgets find(const QWidget& view);
 
+    /// Double-clicks rows of a settings table until one opens this page of the dialog, a value with a range
+    /// that an entry can be out of. False when none does.
+    bool openDialog(QTableWidget& table, DialogPage page) const;
+
+    /// The diagram's blocks that open panels; the rectifier's opens two.
+    enum Panel
+    {
+        Input = 1,
+        Bypass = 2,
+        Rectifier = 4,
+        Battery = 8,
+        Load = 16
+    };
+    static constexpr int allPanels = Input | Bypass | Rectifier | Battery | Load;
+    /// Clicks on the blocks of these panels: closed ones open, open ones close.
+    void togglePanels(int panels) const;
+
     QString missing; ///< empty when all are there
 
     QTabWidget* tabs = nullptr;

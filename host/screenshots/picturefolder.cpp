@@ -5,6 +5,10 @@
 #include <QSaveFile>
 #include <QTemporaryFile>
 
+namespace {
+constexpr int smallest = 0; // pictures lose nothing by it
+} // namespace
+
 PictureFolder::PictureFolder(const QString& path)
     : m_path(path)
 {
@@ -21,7 +25,7 @@ QString PictureFolder::add(const QPixmap& picture, const QString& name)
     const QString file =
         QDir(m_path).filePath(QStringLiteral("%1-%2.png").arg(++m_count, 2, 10, QLatin1Char('0')).arg(name));
     QSaveFile output(file);
-    if (output.open(QIODevice::WriteOnly) && picture.save(&output, "PNG") && output.commit())
+    if (output.open(QIODevice::WriteOnly) && picture.save(&output, "PNG", smallest) && output.commit())
         return file;
     m_error = QStringLiteral("%1: not written: %2").arg(file, output.errorString());
     return {};

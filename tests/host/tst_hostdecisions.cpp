@@ -43,6 +43,8 @@ private slots:
         row("--control A,99999999999,", "UNIT,ID,VALUE");
         row("--nonsense", "nonsense");
         row("--json surplus", "surplus");
+        row("--json", "--json goes with --headless");
+        row("--control A,1009,", "--control goes with --headless");
         row("--plugin", "plugin");
         row("--log-interval 0", "--log-interval 0: a whole number from 1");
         row("--keep-days 1.5", "--keep-days 1.5: a whole number from 0");
@@ -76,7 +78,7 @@ private slots:
         QCOMPARE(*oneDay.exports.toUtcMs - *oneDay.exports.fromUtcMs, 24 * 3600 * 1000);
 
         const ParsedOptions parsed = parseOptions(
-            words("ups-host --control A,1009,") +
+            words("ups-host --headless --control A,1009,") +
             QStringList{QStringLiteral("--control=A, B,2016,3000,5"), QStringLiteral("--units=B, A")});
         QCOMPARE(parsed.error, QString());
         QCOMPARE(parsed.options.controls.size(), 2);

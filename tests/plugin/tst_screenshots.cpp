@@ -4,13 +4,14 @@
 #include <QSet>
 #include <QtTest>
 
-// The pages of the built plugin, seen and used by the built host on a simulated unit, without a display.
+// The pages of the built plugin and the window of the built host, seen and used on a simulated unit, without a
+// display.
 class tst_Screenshots : public QObject
 {
     Q_OBJECT
 
 private slots:
-    void everyPageDialogAndBox()
+    void everyPageDialogAndBoxAndTheWindow()
     {
         Rig rig;
         rig.write("scenario", "3 mains off\n6 mains on\n7 command 10\n10 command 11\n11 repeat\n");
@@ -20,12 +21,12 @@ private slots:
         const int exitCode = run(rig, {}, &files, &errors);
         QCOMPARE(errors, QByteArray());
         QCOMPARE(exitCode, 0);
-        QCOMPARE(files.size(), 29);
+        QCOMPARE(files.size(), 34);
 
         QSet<QByteArray> contents;
         for (const QByteArray& file : qAsConst(files)) {
             const QImage picture(rig.path(QString::fromLocal8Bit(file)));
-            const bool isLarge = file.endsWith("-large.png");
+            const bool isLarge = file.endsWith("-large.png") || file.contains("-window-");
             if (!file.endsWith("-2x.png"))
                 QCOMPARE(picture.size(), isLarge ? QSize(1280, 800) : QSize(1024, 700));
             QSet<QRgb> colors;

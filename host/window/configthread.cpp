@@ -1,0 +1,12 @@
+#include "configthread.h"
+
+#include "unitsession.h"
+
+void ConfigThread::run()
+{
+    for (UnitSession* unit : m_units) {
+        if (isInterruptionRequested())
+            return;
+        unit->loadConfig();
+    }
+}
