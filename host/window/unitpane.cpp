@@ -10,6 +10,10 @@
 #include <QTimer>
 #include <QVBoxLayout>
 
+namespace {
+constexpr int stepGapMs = 5; // in which whatever waits is handled, painting included
+} // namespace
+
 UnitPane::UnitPane(UnitSession& session, const UserLevel& user, int language, QWidget* parent)
     : QWidget(parent)
     , m_session(session)
@@ -62,7 +66,7 @@ void UnitPane::resizeEvent(QResizeEvent* event)
 
 void UnitPane::prepare()
 {
-    QTimer::singleShot(0, this, &UnitPane::takeStep);
+    QTimer::singleShot(stepGapMs, this, &UnitPane::takeStep);
 }
 
 void UnitPane::takeStep()
