@@ -23,7 +23,7 @@ case "$preset" in
     *) echo "test.sh: no preset '$preset': use release or asan" >&2; exit 2 ;;
 esac
 
-scripts/install-deps.sh qttools5-dev-tools # translators' tools, which a test runs
+scripts/install-deps.sh qttools5-dev-tools dpkg-dev file lintian # what tests of translations and packages run
 scripts/build.sh "$preset"
 label_options=(-LE slow)
 [ "$slow" = false ] || label_options=()

@@ -4,6 +4,7 @@
 #include "translation.h"
 
 #include <QCommandLineParser>
+#include <QDir>
 #include <QRegularExpression>
 
 namespace {
@@ -11,6 +12,7 @@ namespace {
 constexpr int maxSeconds = 2000000; // in ms this still fits the timer's int
 constexpr int maxLogIntervalS = 86400;
 constexpr int maxKeepDays = 36500;
+constexpr int downloadHistory = 1045; // its value is the name of a file
 const auto noJournal = QLatin1String("none");
 
 struct Options
@@ -271,9 +273,27 @@ QString readValues(const QCommandLineParser& parser, const Options& options, Hos
     return errors.value(0);
 }
 
+// The journal's standard name is not the caller's: it stays relative to where the host works.
+void makePathsAbsolute(const QDir& base, bool isJournalGiven, HostOptions* result)
+{
+    const auto resolve = [&base](QString* path) {
+        if (!path->isEmpty() && *path != QLatin1String("-"))
+            *path = base.absoluteFilePath(*path);
+    };
+    for (QString* path : {&result->pluginFile, &result->screenshotFolder, &result->exports.eventsFile,
+                          &result->exports.logFile})
+        resolve(path);
+    if (isJournalGiven)
+        resolve(&result->journalFile);
+    for (ControlRequest& request : result->controls) {
+        if (request.id == downloadHistory)
+            resolve(&request.value);
+    }
+}
+
 } // namespace
 
-ParsedOptions parseOptions(const QStringList& arguments)
+ParsedOptions parseOptions(const QStringList& arguments, const QString& pathBase)
 {
     const Options options;
     QCommandLineParser parser;
@@ -296,5 +316,7 @@ ParsedOptions parseOptions(const QStringList& arguments)
     parsed.options.isPolling = parser.isSet(options.poll);
     parsed.options.isVerbose = parser.isSet(options.verbose);
     parsed.error = readValues(parser, options, &parsed.options);
+    if (!pathBase.isEmpty())
+        makePathsAbsolute(QDir(pathBase), parser.isSet(options.journal), &parsed.options);
     return parsed;
 }

@@ -63,5 +63,7 @@ struct ParsedOptions
     QString infoText; ///< help or version, when asked for
 };
 
-/// Reads a command line, the program's name included. Needs an application object for the help text.
-ParsedOptions parseOptions(const QStringList& arguments);
+/// Reads a command line, the program's name included. Needs an application object for the help text. A host
+/// that works in another folder than the caller gives the caller's as pathBase: relative paths of the command
+/// line are made absolute from there. Without it they stay as they are.
+ParsedOptions parseOptions(const QStringList& arguments, const QString& pathBase = QString());

@@ -2,6 +2,7 @@
 
 #include "checkrunner.h"
 #include "collectthread.h"
+#include "datafolder.h"
 #include "diagnostics.h"
 #include "display.h"
 #include "exitcode.h"
@@ -20,6 +21,8 @@
 #include "windowmode.h"
 
 #include <QApplication>
+#include <QDir>
+
 #include <cstdio>
 #include <memory>
 
@@ -107,7 +110,8 @@ bool holdStandardDescriptors()
 ParsedOptions readCommandLine(int& argc, char* argv[])
 {
     const QCoreApplication reader(argc, argv);
-    return parseOptions(QCoreApplication::arguments());
+    const bool isInstalled = datafolder::isInstalled(QCoreApplication::applicationDirPath());
+    return parseOptions(QCoreApplication::arguments(), isInstalled ? QDir::currentPath() : QString());
 }
 
 // Only a window and pages need a display: everything else works where not even Qt's platform plugins are
@@ -132,6 +136,9 @@ ExitCode runHost(const ParsedOptions& parsed)
         std::fputs(parsed.infoText.toLocal8Bit().constData(), stdout);
         return ExitCode::Ok;
     }
+    const QString folderError = datafolder::enter(QCoreApplication::applicationDirPath());
+    if (!folderError.isEmpty())
+        return refuse(folderError);
     if (parsed.options.exports.isWanted())
         return runExports(parsed.options);
 
