@@ -33,7 +33,7 @@ Transaction::Transaction(PortHandle& port, const TransferLimits& limits)
 
 ReplyError Transaction::run(const Request& request)
 {
-    m_timePerByte = Clock::duration::zero();
+    forgetPace();
     if (!send(request))
         return ReplyError::NotSent;
     const int length = receive(request);
@@ -51,7 +51,7 @@ ReplyError Transaction::run(const Request& request)
 /// The line's speed is the port's affair, so the gap follows from the pace at which the reply came in.
 void Transaction::keepFrameGap() const
 {
-    const std::chrono::duration<double> gap = m_timePerByte * gapInBytes;
+    const std::chrono::duration<double> gap = m_linePace * gapInBytes;
     std::this_thread::sleep_for(std::min<std::chrono::duration<double>>(gap, maxGap));
 }
 
@@ -76,7 +76,7 @@ int Transaction::receive(const Request& request)
             break;
         if (length == 0) {
             deadline = Clock::now() + m_limits.reply;
-            m_timePerByte = Clock::duration::zero(); // the first read waited for the unit, not for the line
+            forgetPace(); // the first read waited for the unit, not for the line
         }
         length += count;
         if (count > asked)
@@ -104,11 +104,28 @@ int Transaction::read(int offset, int wanted)
     const int count = m_port.readEntry(&m_port, reinterpret_cast<char*>(m_buffer.data()) + offset, wanted);
     const Clock::duration took = Clock::now() - begin;
     m_lineSilent = isSilence(count, took);
-    // The slowest pace counts: bytes that had come before the read tell nothing of the line. More than was
-    // asked for is a whole frame, which has no pace.
+    // More than was asked for is a whole frame, which has no pace.
     if (count > 0 && count <= wanted)
-        m_timePerByte = std::max(m_timePerByte, took / count);
+        notePace(count, took / count);
     return std::min(count, maxReadLength);
+}
+
+void Transaction::forgetPace()
+{
+    m_timePerByte = Clock::duration::zero();
+    m_linePace = Clock::duration::zero();
+    m_longestRead = 0;
+}
+
+/// The slowest pace counts: bytes that had come before the read tell nothing of the line. For the gap, of the
+/// longest reads alone: a few bytes tell more of how late this thread woke up than of the line.
+void Transaction::notePace(int count, Clock::duration timePerByte)
+{
+    m_timePerByte = std::max(m_timePerByte, timePerByte);
+    if (count < m_longestRead)
+        return;
+    m_linePace = count > m_longestRead ? timePerByte : std::max(m_linePace, timePerByte);
+    m_longestRead = count;
 }
 
 bool Transaction::isSilence(int count, Clock::duration took)

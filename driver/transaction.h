@@ -46,6 +46,8 @@ private:
     void keepFrameGap() const;
     void drain();
     int read(int offset, int wanted);
+    void forgetPace();
+    void notePace(int count, Clock::duration timePerByte);
     bool isSilence(int count, Clock::duration took);
     int affordable(int wanted, Clock::time_point deadline) const;
 
@@ -56,6 +58,8 @@ private:
     TransferLimits m_limits;
     std::array<unsigned char, maxFrameLength + maxReadLength> m_buffer{};
     Clock::duration m_timePerByte{0}; ///< the slowest of the reads of this request
+    Clock::duration m_linePace{0};    ///< the slowest of the longest of them
+    int m_longestRead = 0;            ///< in bytes
     bool m_lineSilent = false;        ///< the last read met a silent line
     int m_hastyReads = 0;             ///< reads in a row that brought nothing without waiting
 };
