@@ -13,6 +13,6 @@ void PointStore::store(int pointId, float value)
         found = m_map.constFind(pointId);
     const QVariant variant(value);
     if (found == m_map.constEnd() || !pointvalue::isSame(found.value(), variant))
-        found = QMap<int, QVariant>::const_iterator(m_map.insert(pointId, variant));
+        found = QMap<int, QVariant>::const_iterator(m_map.insert(found, pointId, variant));
     m_expected = ++found;
 }

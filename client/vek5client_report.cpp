@@ -32,10 +32,17 @@ bool vek5Client::reportAlarms(QMap<QString, QVariant>& record)
     const int alarmCount = getEventLogDesc().size() / 2;
     bool hasAppeared = false;
     const auto changes = alarmchanges::between(m_previousAlarmStates, m_points.map(), alarmCount);
+    QVariant* code = nullptr;
+    QVariant* state = nullptr;
     for (const alarmchanges::Change& change : changes) {
         hasAppeared = hasAppeared || alarmchanges::isAppearance(change);
-        record.insert(QStringLiteral("alarmId"), alarmchanges::eventCode(change, alarmCount));
-        record.insert(QStringLiteral("alarmState"), change.state);
+        // The two entries are looked up again only where a host has kept the record, which then is another.
+        if (!code || !record.isDetached()) {
+            code = &record[QStringLiteral("alarmId")];
+            state = &record[QStringLiteral("alarmState")];
+        }
+        *code = alarmchanges::eventCode(change, alarmCount);
+        *state = change.state;
         emit postDEvent(eventrecord::AlarmChanged, record);
         m_previousAlarmStates.insert(change.index, change.state);
     }
