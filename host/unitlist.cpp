@@ -85,6 +85,16 @@ QStringList unitNames(const QSettings& settings, const QStringList& sectionOrder
     return names;
 }
 
+// Names and values may hold ends of lines, written as escapes; what is wrong with them is told in one line.
+QString inOneLine(QString text)
+{
+    for (QChar& character : text) {
+        if (!character.isPrint())
+            character = QLatin1Char('?');
+    }
+    return text;
+}
+
 QString textOf(const QVariant& value)
 {
     return value.toStringList().join(QLatin1Char(','));
@@ -138,12 +148,16 @@ QString fileError(const QString& file)
     return {};
 }
 
+QString badLineText(int number)
+{
+    return QStringLiteral("line %1 is neither [section] nor key=value").arg(number);
+}
+
 QString contentError(const QSettings& settings, const IniLines& lines, const QStringList& names)
 {
     if (settings.status() != QSettings::NoError || lines.firstBadLine != 0)
-        return lines.firstBadLine == 0
-                   ? QStringLiteral("not a valid INI file")
-                   : QStringLiteral("line %1 is neither [section] nor key=value").arg(lines.firstBadLine);
+        return lines.firstBadLine == 0 ? QStringLiteral("not a valid INI file")
+                                       : badLineText(lines.firstBadLine);
     // [General] means "no group" to QSettings, so the plugin would not find the keys of a unit of that name.
     if (settings.contains(QStringLiteral("portName")) || settings.contains(QStringLiteral("ipAddr")))
         return QStringLiteral("a unit's keys need a section of their own, and its name cannot be [General]");
@@ -168,6 +182,16 @@ QString contentError(const QSettings& settings, const IniLines& lines, const QSt
 constexpr int minTimeoutMs = 100;
 constexpr int maxTimeoutMs = 25500;
 
+// A file that is there and cannot be read would be passed over, and every port get the defaults.
+QString lineFileError(const QString& file)
+{
+    if (!QFileInfo::exists(file))
+        return {};
+    const QString error = fileError(file);
+    const int badLine = error.isEmpty() ? scanLines(file).firstBadLine : 0;
+    return badLine == 0 ? error : badLineText(badLine);
+}
+
 QString portError(const QSettings& lines, const QString& port)
 {
     const QString paramKey = port + QLatin1String("/param");
@@ -186,10 +210,13 @@ QString unitlist::lineError(const QString& serialFile, const QString& deviceFile
     for (const QString& unit : units) {
         if (devices.value(unit + QLatin1String("/commType")).toInt() == 1)
             continue;
+        const QString fileProblem = lineFileError(serialFile);
+        if (!fileProblem.isEmpty())
+            return QString(serialFile + QStringLiteral(": ") + fileProblem);
         const QString port = devices.value(unit + QLatin1String("/portName")).toString();
         const QString error = portError(lines, port);
         if (!error.isEmpty())
-            return QStringLiteral("%1: port %2 of %3: %4").arg(serialFile, port, unit, error);
+            return inOneLine(QStringLiteral("%1: port %2 of %3: %4").arg(serialFile, port, unit, error));
     }
     return {};
 }
@@ -215,7 +242,7 @@ UnitList unitlist::read(const QString& file)
         result.error = contentError(settings, lines, result.names);
     }
     if (!result.error.isEmpty())
-        return {{}, QString(file + QStringLiteral(": ") + result.error)};
+        return {{}, inOneLine(file + QStringLiteral(": ") + result.error)};
     return result;
 }
 

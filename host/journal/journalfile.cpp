@@ -125,7 +125,13 @@ bool JournalFile::lock()
     case WriterLock::Result::NotMade:
         break;
     }
-    return fail(fileproblem::fromSystem(errno, m_file));
+    const int error = errno;
+    const QString lock = m_file + QStringLiteral(".lock");
+    if (!QFileInfo::exists(lock))
+        return fail(fileproblem::fromSystem(error, m_file));
+    return fail({FileProblem::Kind::Passing,
+                 QStringLiteral("its lock %1 cannot be opened: %2: check its permissions, or remove it")
+                     .arg(lock, qt_error_string(error))});
 }
 
 bool JournalFile::prepareDatabase()

@@ -217,6 +217,7 @@ IniDocument::Line IniDocument::nextLine(int position) const
     }
     line.start = position;
     bool isQuoted = false;
+    bool isCutOff = false; // by a backslash that would take in what is added behind it
     for (; position < size; ++position) {
         const char c = m_text.at(position);
         if (!isQuoted && (isLineEnd(c) || c == ';'))
@@ -225,15 +226,16 @@ IniDocument::Line IniDocument::nextLine(int position) const
             isQuoted = !isQuoted;
         else if (c == '=' && !isQuoted && line.equals < 0)
             line.equals = position;
-        else if (c == '\\' && position + 1 < size) {
+        else if (c == '\\') {
             ++position; // the character behind it counts for nothing, be it an end of line
             const QByteArray pair = m_text.mid(position, 2);
             if (pair == "\r\n" || pair == "\n\r")
                 ++position;
+            isCutOff = position >= size || (position + 1 == size && isLineEnd(m_text.at(position)));
         }
     }
     line.end = qMin(position, size);
-    line.isClosed = !isQuoted;
+    line.isClosed = !isQuoted && !isCutOff;
     return line;
 }
 

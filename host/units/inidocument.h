@@ -19,7 +19,7 @@ public:
     /// The groups that keys and sections belong to ("A" for the key "A/addr"), in order, each once.
     QStringList groups() const;
     /// Where QSettings would lose its way: the number, from 1, of the first line that is neither section nor
-    /// key=value, or begins a quote that never ends. 0 when there is none.
+    /// key=value, or has no end: a quote that is never closed, a backslash at the end. 0 when there is none.
     int firstBadLine() const;
 
     /// Gives a key of a section its value; both are made at the end of what is there if need be. Where a key
@@ -41,7 +41,7 @@ private:
     struct Line
     {
         bool isHeader = false;
-        bool isClosed = true; ///< no quote is left open
+        bool isClosed = true; ///< no quote is left open, nor a backslash at the end of the text
         int start = 0;        ///< its first character, behind spaces and comments
         int end = 0;          ///< behind its last character, before a comment or an end of line
         int equals = -1;      ///< of a key; -1 in a line without one

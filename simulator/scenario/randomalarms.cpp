@@ -26,6 +26,7 @@ std::vector<RandomAlarms::Toggle> RandomAlarms::advance(int ms)
     std::vector<Toggle> toggles;
     if (m_count == 0)
         return toggles;
+    m_drawn.assign(alarmCount, false);
     for (m_untilNextMs -= ms; m_untilNextMs <= 0; m_untilNextMs += m_periodMs) {
         for (int i = 0; i < m_count; ++i)
             drawInto(toggles);
@@ -38,16 +39,14 @@ void RandomAlarms::drawInto(std::vector<Toggle>& toggles)
 {
     if (m_deck.empty())
         shuffle();
-    const auto isFresh = [&](int index) {
-        return std::none_of(toggles.begin(), toggles.end(),
-                            [index](const Toggle& toggle) { return toggle.index == index; });
-    };
-    const auto drawn = std::find_if(m_deck.rbegin(), m_deck.rend(), isFresh);
+    const auto drawn = std::find_if(m_deck.rbegin(), m_deck.rend(),
+                                    [this](int index) { return !m_drawn[static_cast<std::size_t>(index)]; });
     if (drawn == m_deck.rend())
         return;
     const int index = *drawn;
     m_deck.erase(std::next(drawn).base());
     const auto place = static_cast<std::size_t>(index);
+    m_drawn[place] = true;
     m_active[place] = !m_active[place];
     toggles.push_back({index, m_active[place]});
 }

@@ -41,6 +41,7 @@ private:
     int m_untilNextMs = 0;
     std::vector<int> m_deck; ///< each index twice: the first to come raises, the second clears
     std::vector<bool> m_active;
+    std::vector<bool> m_drawn; ///< by the advance under way
 };
 
 } // namespace simulation

@@ -108,6 +108,7 @@ private slots:
         row("port name is a list", "[A]\nportName=a,b\n", "", "A/portName is missing");
         row("TCP without host", "[A]\ncommType=1\nportName=p\n", "", "A/ipAddr is missing");
         row("second unit wrong", "[A]\nportName=p\n[B]\nx=1\n", "", "B/portName");
+        row("name with an end of line", "[a%0Ab]\naddr=1\n", "", "a?b/portName");
         row("not an INI file", "[A]\nportName=p\n\nhello\n", "", "line 4");
     }
     void checksLines()

@@ -256,6 +256,8 @@ void UnitFilesTest::refusesToEdit_data()
     row("foreign comment", "[A]\n# hello\n", "line 2");
     row("open section", "[A\nx=1\n", "line 1");
     row("open quote", "[A]\nportName=\"x\n[B]\nportName=y\n", "line 2");
+    row("nothing behind a backslash", "[A]\nportName=x\\", "line 2");
+    row("no line behind a backslash", "[A]\nportName=x\\\r\n", "line 2");
     row("binary", QByteArray("\0\1\2\xff\xfe", 5), "line 1");
 }
 
